@@ -60,7 +60,10 @@ PlistValue FromNode(plist_t node) {
       plist_get_date_val(node, &sec, &usec);
       // The library saturates dates outside its 32-bit range to INT32_MIN on either side; such a
       // date cannot be trusted, so it is kept as the earliest date the library can represent.
-      return PlistValue(PlistDate{static_cast<double>(sec) + usec / 1e6});
+      // It hands out the seconds truncated toward zero and the fraction without its sign, so a
+      // date before 2001 subtracts it (less than a second before 2001, the sign is already lost).
+      const double fraction = usec / 1e6;
+      return PlistValue(PlistDate{sec < 0 ? sec - fraction : sec + fraction});
     }
     case PLIST_DATA: {
       std::uint64_t length = 0;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,7 @@ namespace marigold {
 
 // Prefix, suffix and containment tests. The "IgnoringCase" forms fold case per code point
 // (simple case folding), as file names are compared; invalid UTF-8 bytes compare as themselves.
+// An empty prefix, suffix or part is found in every text. All of these are safe on any thread.
 bool HasPrefix(std::string_view text, std::string_view prefix);
 bool HasSuffix(std::string_view text, std::string_view suffix);
 bool Contains(std::string_view text, std::string_view part);
@@ -41,8 +43,8 @@ int DayOfWeek(PlistDate date);                    // 0 = Sunday ... 6 = Saturday
 int Year(PlistDate date);
 int Hour(PlistDate date);
 int Minute(PlistDate date);
-// Calendar addition of all components at once; month ends clamp (31 January + 1 month is the
-// last day of February).
+// Calendar addition, largest component first (years, then months, days, hours, minutes,
+// seconds); month ends clamp (31 January + 1 month is the last day of February).
 PlistDate DateByAddingYears(PlistDate date, int years, int months, int days, int hours, int minutes,
                             int seconds);
 // Formats with a Unicode date pattern ("EEEE, MMMM dd, yyyy - HH:mm:ss") in the user's locale.
