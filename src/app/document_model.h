@@ -20,6 +20,8 @@ inline constexpr const char* kDefaultCustomNameFormat = "'Copy of' kSrc MM-dd-yy
 PlistDict NewTemplate();
 // Builds a session with every default and appends it to root's sessionsArray (creating it).
 void AddSession(std::int64_t task, const std::string& name, PlistDict& root);
+// The session AddSession appends: the nine sub-dictionaries with every default.
+PlistDict DefaultSessionDict(std::int64_t task, const std::string& name);
 
 // The session at `index`, or nullptr when the index is negative or not below the count.
 const PlistDict* GetSessionDict(const PlistDict& root, std::int64_t index);

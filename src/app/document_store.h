@@ -15,11 +15,13 @@ class DocumentStore {
   DocumentStore(std::string templatePath, AppPrompts& prompts);
 
   // Loads `path` into the main dictionary and upgrades it. False, silently, for a missing path,
-  // a folder, a file that is not a dictionary property list, or one without fileVersion; false
-  // with the "higher version" alert for a version above 420 (silently for the template file).
-  // On failure the main dictionary is unchanged.
+  // a folder, a file that is not a dictionary property list, one without a numeric fileVersion,
+  // or one whose sessionsArray is not a non-empty list of dictionaries; false with the "higher
+  // version" alert for a version above 420 (silently for the template file). On failure the
+  // main dictionary is unchanged. Never writes to the file.
   bool ReadDocumentFile(const std::string& path);
-  // Upgrades the main dictionary in place from `version`; false when it has no session.
+  // Upgrades the main dictionary in place from `version`; false, changing nothing, when it has
+  // no session or a session that is not a dictionary.
   bool UpdateDocumentFile(std::int64_t version);
   // Stamps fileVersion 420 and writes the main dictionary atomically as XML; gives the file mode
   // 0700 when a session holds a volume password (except for the template). Alerts on failure.

@@ -1,0 +1,16 @@
+#include "app/app_prompts.h"
+
+#include "util/strings_table.h"
+
+namespace marigold {
+
+AlertRequest WarningAlert(const std::string& text) {
+  AlertRequest request;
+  request.style = AlertRequest::Style::Warning;
+  request.title = GLS("Warning:");
+  request.text = text;
+  request.buttons = {GLS("OK")};
+  return request;
+}
+
+}  // namespace marigold

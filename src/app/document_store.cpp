@@ -1,0 +1,165 @@
+#include "app/document_store.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <vector>
+
+#include "app/document_model.h"
+#include "app/document_upgrade.h"
+#include "util/plist_io.h"
+#include "util/quillon_additions.h"
+#include "util/strings_table.h"
+#include "util/well_scramble.h"
+
+namespace marigold {
+namespace {
+
+constexpr std::size_t kCompareChunk = 262144;
+
+AlertRequest CriticalAlert(std::string text) {
+  AlertRequest request;
+  request.style = AlertRequest::Style::Critical;
+  request.title = GLS("Warning:");
+  request.text = std::move(text);
+  request.buttons = {GLS("OK")};
+  return request;
+}
+
+// A file that will hold passwords should never be readable by others, not even between the
+// write and the change of mode: give the target 0700 before the write so the new file inherits
+// it. Returns true when it created an empty placeholder that must go if the write fails.
+bool ProtectBeforeWrite(const std::string& path) {
+  struct stat existing {};
+  if (::lstat(path.c_str(), &existing) == 0) {
+    // A link is replaced by the write, so the file it points to is none of our business.
+    if (S_ISREG(existing.st_mode)) ::chmod(path.c_str(), 0700);
+    return false;
+  }
+  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0700);
+  if (fd < 0) return false;
+  ::close(fd);
+  return true;
+}
+
+}  // namespace
+
+DocumentStore::DocumentStore(std::string templatePath, AppPrompts& prompts)
+    : pathFileDocTemplate(std::move(templatePath)), mPrompts(prompts) {}
+
+bool DocumentStore::ReadDocumentFile(const std::string& path) {
+  struct stat info {};
+  if (path.empty() || ::stat(path.c_str(), &info) != 0 || S_ISDIR(info.st_mode)) return false;
+  std::optional<PlistDict> loaded = ReadPlistDictFile(path);
+  if (!loaded) return false;
+  const PlistValue* versionValue = loaded->Find("fileVersion");
+  // Only a number is a version; any other value is as good as none.
+  if (versionValue == nullptr || !(versionValue->IsInteger() || versionValue->IsReal())) return false;
+  const std::int64_t version = versionValue->NumberOr(kFileVersion + 1);
+
+  if (version <= kFileVersion) {
+    // Upgraded aside, so that a document refused by the upgrade leaves the open one as it was.
+    if (!UpgradeDocument(*loaded, version, Now())) return false;
+    mMainDict = std::move(*loaded);
+    return true;
+  }
+  if (path == pathFileDocTemplate) return false;
+  mPrompts.Alert(CriticalAlert(GLS("Can't open the file") + "\r\"" + path + "\"\r" +
+                               GLS("because it has been created by a higher version.")));
+  return false;
+}
+
+bool DocumentStore::UpdateDocumentFile(std::int64_t version) {
+  return UpgradeDocument(mMainDict, version, Now());
+}
+
+bool DocumentStore::WriteFileSession(const std::string& path) {
+  mMainDict.Set("fileVersion", kFileVersion);
+  const bool isTemplate = path == pathFileDocTemplate;
+  const bool hasPassword = !isTemplate && VolumeListContainsPassword(mMainDict, false);
+  const bool createdPlaceholder = hasPassword && ProtectBeforeWrite(path);
+
+  std::string reason;
+  bool written = WriteXmlPlistFile(path, PlistValue(mMainDict));
+  if (!written) {
+    if (createdPlaceholder) ::unlink(path.c_str());
+  } else if (isTemplate || !hasPassword) {
+    return true;
+  } else if (SetRWXNoAccessNoAccessToFile(path)) {
+    return true;
+  } else {
+    // The text names rw------- although the mode asked for is rwx------; both are kept as they are.
+    ::unlink(path.c_str());
+    reason = GLS(
+        "because it contains passwords to connect to remote volumes, and I cannot set the file "
+        "permissions to rw-------");
+  }
+  std::string text = GLS("Can't write the file") + " \"" + path + "\" " + GLS("to the disk");
+  if (!reason.empty()) text += " " + reason;
+  text += ".";
+  mPrompts.Alert(CriticalAlert(std::move(text)));
+  return false;
+}
+
+bool DocumentStore::isDocumentToBeSaved() const {
+  if (!isDocumentOpen || isDocumentTemplate || mMainDict.empty()) return false;
+  const std::string current = ToXmlPlist(PlistValue(mMainDict));
+  const std::optional<std::string> saved =
+      pathDocumentFile.empty() ? std::optional<std::string>(ToXmlPlist(PlistValue(NewTemplate())))
+                               : ReadWholeFile(pathDocumentFile);
+  return !saved || *saved != current;
+}
+
+bool VolumeListContainsPassword(PlistDict& root, bool removePasswords) {
+  PlistArray* sessions = root.GetArray("sessionsArray");
+  if (sessions == nullptr) return false;
+  bool found = false;
+  for (PlistValue& sessionValue : *sessions) {
+    PlistDict* session = sessionValue.AsDict();
+    PlistDict* autoMount = session != nullptr ? session->GetDict("autoMountDict") : nullptr;
+    PlistArray* rows = autoMount != nullptr ? autoMount->GetArray("autoMountVolumeArray") : nullptr;
+    if (rows == nullptr) continue;
+    for (PlistValue& rowValue : *rows) {
+      PlistDict* row = rowValue.AsDict();
+      const PlistData* password = row != nullptr ? row->GetData("password") : nullptr;
+      if (password == nullptr || GetWellData(*password).empty()) continue;
+      if (!removePasswords) return true;
+      row->Set("password", PlistData());
+      found = true;
+    }
+  }
+  return found;
+}
+
+bool SetRWXNoAccessNoAccessToFile(const std::string& path) {
+  return ::chmod(path.c_str(), 0700) == 0;
+}
+
+bool SetRWXForAllUsersToFile(const std::string& path) {
+  return ::chmod(path.c_str(), 0777) == 0;
+}
+
+bool IsFileEqualToFile(const std::string& path, const std::string& other) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode) ||
+      ::stat(other.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    return false;
+  }
+  std::ifstream first(path, std::ios::binary);
+  std::ifstream second(other, std::ios::binary);
+  if (!first || !second) return false;
+  std::vector<char> a(kCompareChunk), b(kCompareChunk);
+  while (true) {
+    first.read(a.data(), static_cast<std::streamsize>(a.size()));
+    second.read(b.data(), static_cast<std::streamsize>(b.size()));
+    const std::streamsize countA = first.gcount();
+    const std::streamsize countB = second.gcount();
+    if (countA != countB || !std::equal(a.begin(), a.begin() + countA, b.begin())) return false;
+    if (countA == 0) return true;
+  }
+}
+
+}  // namespace marigold
