@@ -1,10 +1,19 @@
 // The scan: walks a task's two folders side by side and decides a copy mode for every item.
 // Nothing on disk changes during a scan. Runs on the worker thread.
+//
+// Each folder of each side is listed once (the listing carries every item's attributes); backup
+// dates are read only for the items whose decision depends on them. Names of the two sides match
+// exactly unless side B's folder ignores case, which is asked of the file system once per task
+// root and again wherever side B crosses into another volume. The engine's own temporary items
+// are never taken for user items.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "engine/engine_context.h"
+#include "engine/scan_decisions.h"
 
 namespace marigold {
 
@@ -15,15 +24,50 @@ class Scanner {
   // Fills node.subItems from the folder pair pathA / pathB and recurses into sub-folders,
   // deciding each item's mode and updating the counters and tallies. False when the scan must
   // stop (the pair could not be found, or a deeper scan failed). `isRoot` enables the rules that
-  // apply at the top of a tree only.
+  // apply at the top of a tree only. A node that arrives with one child is a pair of single
+  // files: that child's name is the only item looked at.
   bool ScanSingleFolder(ScanNode& node, const std::string& pathA, const std::string& pathB, bool isRoot);
 
   // Turns `copyMode` into 8 or 9 when the items' status times (and, with includeNames, access
   // times of items whose names differ in case) differ by more than the tolerance.
   void CheckAttrChanged(const std::string& source, const std::string& dest, int& copyMode, bool includeNames);
 
+  // The replace prompt for one conflict. True to carry out `copyMode`. `changeDirection` is set
+  // when the user reversed the direction. A run the user did not start asks nothing and returns
+  // false; Stop clears mIsCopying, sets mUserPressedStop and returns false.
+  bool AskReplace(const std::string& source, const std::string& dest, std::optional<std::int64_t> date,
+                  int copyMode, int conflict, bool* changeDirection);
+
  private:
+  // What the walk of the parent folder knows about a folder pair before it is listed.
+  struct PairFacts {
+    bool mayHaveA = true;  // the parent listing saw the folder on side A (the root: maybe)
+    bool mayHaveB = true;
+    bool isRoot = false;
+    std::optional<bool> ignoreCase;  // nothing: ask side B's folder once it is listed
+    std::uint64_t deviceB = 0;       // the volume of side B's folder
+  };
+  // One side's folder, listed.
+  struct SideListing {
+    enum class State { kAbsent, kListed, kUnreadable } state = State::kAbsent;
+    std::vector<FolderEntry> entries;
+  };
+
+  bool ScanPair(ScanNode& node, const std::string& pathA, const std::string& pathB, PairFacts facts);
+  SideListing ListSide(const std::string& path, bool mayExist);
+  // The listings of a pair of single files: the one item under `name` on each side.
+  SideListing SingleItem(const std::string& folder, const std::string& name);
+  void ProbeLetterCase(const std::string& pathB, PairFacts& facts);
+  // Resolves, classifies and filters one side of an item. False: the item is skipped.
+  bool PrepareSide(std::string& path, ItemAttributes& attributes, bool otherSidePresent, bool& isFolder);
+  void LoadBackupDate(ItemSide& side, const std::string& path);
+  // Carries out a decision: asks when it says so, counts a skipped conflict, keeps backup dates.
+  int Settle(const Decision& decision, const std::string& a, const std::string& b);
+  void CountAdded(const ScanNode& child);
+  void Uncount(const ScanNode& node);
+
   EngineContext& mContext;
+  ScanRules mRules;
 };
 
 }  // namespace marigold

@@ -1,0 +1,19 @@
+// The words a run uses when a privilege check refuses an item or a task, and the titles of the
+// two check boxes those words point the user to.
+#pragma once
+
+#include <string>
+
+namespace marigold {
+
+// The settings check box that leaves locked items alone, and the preferences check box that
+// relaunches the program as root. Defined once here; the panels show the same titles.
+inline constexpr const char* kSkipLockedItemsTitle = "Skip locked items";
+inline constexpr const char* kRunAsRootTitle = "Run as root";
+
+// The localised report of a refused privilege check on `item`: `result` 1 is "Insufficient
+// Privileges" with the run-as-root hint, any other non-zero value "Item Locked" with the
+// locked-items hint.
+std::string PrivilegeProblemText(int result, const std::string& item);
+
+}  // namespace marigold

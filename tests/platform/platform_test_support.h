@@ -1,0 +1,59 @@
+// Real trees and real volumes for the platform tests: temporary folders, size-limited tmpfs and
+// loop-mounted images, commands, and running code as a user without privileges.
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace marigold::test {
+
+bool IsRoot();
+
+// A fresh folder under `parent`, removed with everything inside (locked flags cleared first).
+class TempFolder {
+ public:
+  explicit TempFolder(const std::string& parent = "/tmp");
+  ~TempFolder();
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+  const std::string& Path() const { return mPath; }
+  std::string operator/(const std::string& relative) const { return mPath + "/" + relative; }
+
+ private:
+  std::string mPath;
+};
+
+// A mounted volume made for one test; unmounted and deleted with its image when it goes away.
+class TestVolume {
+ public:
+  // "tmpfs" (with `sizeMiB`), "ext4", "xfs", "btrfs" or "exfat" (through FUSE; a loop image). Nothing, with `whyNot`
+  // set, when the volume cannot be made here (not root, tool missing, mount refused).
+  // `options` are handed to mount with -o.
+  static std::unique_ptr<TestVolume> Make(const std::string& type, int sizeMiB, std::string* whyNot,
+                                          const std::string& options = "");
+  ~TestVolume();
+  const std::string& Path() const { return mMountPoint; }
+
+ private:
+  TestVolume() = default;
+  std::string mMountPoint, mImage, mLoopDevice;
+};
+
+// Writes `content` to `path` (created or truncated) and sets its mode.
+void WriteFile(const std::string& path, const std::string& content, mode_t mode = 0644);
+// The whole content, or "<missing>" when it cannot be read.
+std::string ReadFile(const std::string& path);
+// Runs `command` with sh -c; returns its exit status and puts standard output in `output`.
+int RunCommand(const std::string& command, std::string* output = nullptr);
+// Names in the folder that hold the engine's temporary marker.
+int CountTemporaryItems(const std::string& folder);
+// Runs `body` in a forked child whose user and group are `id` and that has no other groups;
+// returns the value `body` returned, or -1 when the child could not run.
+int RunAsUser(uid_t id, const std::function<int()>& body);
+
+inline constexpr uid_t kThrowawayUser = 54321;
+
+}  // namespace marigold::test
