@@ -1,14 +1,28 @@
 // The copy executor: performs a task's scan tree node by node (create, copy, replace, delete or
 // trash, metadata only), makes dates and attributes agree, counts and logs each action, and
 // reports each failure without stopping the run. Runs on the worker thread.
+//
+// What it promises about the disk: a destination file is replaced by renaming a complete copy
+// over it, so a run killed at any instant leaves the old or the new file, never a mixture; the
+// only leftovers of such a run carry the engine's temporary marker (IsTemporaryName). Before an
+// item is overwritten or deleted it is compared with what the scan saw; a changed item is left
+// alone and reported.
 #pragma once
 
+#include <chrono>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "engine/copy_log_lines.h"
 #include "engine/engine_context.h"
 
 namespace marigold {
+
+// The folder holding `path` ("/a" for "/a/b"; "/" for "/a").
+std::string ParentFolderOf(const std::string& path);
 
 class CopyExecutor {
  public:
@@ -18,11 +32,94 @@ class CopyExecutor {
   // are the contents of a folder being deleted. False when any node failed.
   bool CopyItems(std::vector<ScanNode>& nodes, const std::string& folderA, const std::string& folderB,
                  bool deleteParent);
-  // Performs one node whose paths are a and b.
+  // Performs one node whose paths are a and b. A case-only rename (modes 8 and 9) updates the
+  // node's names so that its children are found under the new name.
   bool CopySource(const std::string& a, const std::string& b, ScanNode& node, bool deleteParent);
 
+  // --- the single actions; `sideA` is the side that is written or deleted on ----------------
+
+  // Creates `folder` (its parent must exist, unless the parent was deleted earlier in the run:
+  // then nothing is done and the call succeeds). An existing folder is left as it is.
+  bool QLCreateFolder(const std::string& folder, bool sideA);
+  // Whether `dstParent` exists; when it is missing because it was deleted in this run, `goToBail`
+  // is set and the call succeeds (nothing is to be copied). Reports the missing parent otherwise.
+  bool QLDestParentExists(const std::string& dstParent, const std::string& src, const std::string& dst,
+                          bool& goToBail);
+  // Copies `src` (a file, link or package) to `dst`, which must not exist.
+  bool QLCopyFile(const std::string& src, const std::string& dst, bool sideA);
+  // Replaces `dst` with a copy of `src` atomically, after checking that `dst` is still what the
+  // scan saw (`dstSnapshot`) and that the volume has room for the new copy.
+  bool QLReplaceDestFile(const std::string& src, const std::string& dst, bool sideA,
+                         const ItemSnapshot& dstSnapshot);
+  // Removes or trashes a file, link or package. Inside a folder that is trashed as a whole
+  // (`isParentToDelete` with the trash on) the item is only checked, counted and logged: it
+  // travels to the trash with its folder.
+  bool QLDeleteFile(const std::string& path, bool sideA, const ItemAttributes& attributes,
+                    bool isParentToDelete);
+  // Removes (it must be empty by now) or trashes a folder; see QLDeleteFile for a folder inside a
+  // folder that is trashed as a whole.
+  bool QLDeleteFolder(const std::string& path, bool sideA, const ItemAttributes& attributes,
+                      bool isParentToDelete);
+  // Gives `dst` the name (when it differs in case only) and the metadata of `src`.
+  // `renamedTo` receives the new path of `dst` when it was renamed.
+  bool QLCopySingleMetadataOnly(const std::string& src, const std::string& dst, bool sideA,
+                                std::string* renamedTo = nullptr);
+
+  // --- utilities ------------------------------------------------------------------------------
+
+  // Makes `to`'s mode, ownership, user attributes, access lists and times agree with `from`'s,
+  // with `modifDate` as the modification date. Failures go to the system log only.
+  bool CopyFolderAttributes(const std::string& from, const std::string& to, const FileTime& modifDate);
+  // The finishing touches of a copy: the backup date `backupDate` (Unix seconds) and the origin's
+  // locked flag. The content, mode, ownership and times travel with the copy itself. Failures go
+  // to the system log only; false when one happened.
+  bool SetAttrsAfterCopy(const std::string& origin, const std::string& copy, std::int64_t backupDate);
+  // Whether the volume of `destFolder` has room for `item`; otherwise `errStr` holds the message
+  // with the free and the required byte counts.
+  bool CheckFreeSpaceFor(const std::string& item, const std::string& destFolder, std::string& errStr);
+  // The bytes the item will take once copied (a folder counts everything inside it).
+  std::uint64_t NewItemSize(const std::string& item);
+  // A name in `folder` starting with `base` that no item holds; nothing when none was found.
+  std::optional<std::string> FindUniqueNameInFolder(const std::string& folder, const std::string& base);
+
  private:
+  // The nodes' own performing and walking, and the folder-date agreement after a walk.
+  bool WalkItems(std::vector<ScanNode>& nodes, const std::string& folderA, const std::string& folderB,
+                 bool deleteParent);
+  bool PerformNode(ScanNode& node, const std::string& a, const std::string& b, bool deleteParent);
+  bool DeleteFolderWithContents(ScanNode& node, const std::string& a, const std::string& b,
+                                bool deleteParent);
+  void MakeFolderDatesAgree(int mode, const std::string& a, const std::string& b,
+                            const std::optional<FileTime>& dateA, const std::optional<FileTime>& dateB);
+  std::optional<FileTime> ModificationDate(const std::string& path);
+
+  // The pieces of the actions.
+  bool CopySingleFile(const std::string& src, const std::string& dst, bool replace, std::string& errStr,
+                      bool& silent);
+  bool SetAttrsAfterCopy(const ItemAttributes& origin, const std::string& copy, std::int64_t backupDate);
+  bool ReportChanged(const std::string& path);
+  bool ItemStillAsScanned(const std::string& path, const ItemSnapshot& snapshot);
+  bool MayChangeItemsIn(const std::string& folder);
+  bool IsInsideDeletedItem(const std::string& path) const;
+  const std::string& SideRoot(bool sideA) const;
+  void CountVisibility(bool sideA, const std::string& path);
+  void AddSuccessLine(std::string_view word, const std::string& path, std::string_view secondWord = {},
+                      const std::string& otherPath = {});
+  void AddTrashLine(std::string_view word, const std::string& path);
+  bool ReportError(std::initializer_list<std::string_view> parts);
+  void FoldInnerTrashCounts(bool sideA);
+  void ResetInnerTrash();
+  void LogAttributeFailure(const char* what, const std::string& path, int code);
+
   EngineContext& mContext;
+  CopyLogWords mWords;
+  int mDepth = 0;  // how deep CopyItems is in the tree
+  // What the items inside a folder being trashed as a whole add up to, until the folder itself
+  // has gone to the trash (then they join the side's trashed counters) or has failed.
+  SideCopyCounters mInnerTrashA;
+  SideCopyCounters mInnerTrashB;
+  bool mBackupDateRefused = false;  // the volume keeps no backup dates: said once in the log
+  std::chrono::steady_clock::time_point mLastBytesUpdate;  // byte progress is shown a few times a second
 };
 
 }  // namespace marigold

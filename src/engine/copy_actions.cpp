@@ -1,0 +1,148 @@
+// The actions that write an item: creating a folder, copying a new item, replacing an existing
+// one. A copy is always built under a temporary name and renamed into place by the file system,
+// so a failure or a kill leaves the destination as it was.
+#include <string>
+
+#include "engine/copy_executor.h"
+#include "engine/error_path.h"
+#include "util/strings_table.h"
+
+namespace marigold {
+
+namespace {
+
+// Byte progress is worth showing only this often; a proxy may redraw on every call.
+constexpr auto kBytesUpdateInterval = std::chrono::milliseconds(250);
+
+// A new folder is writable by its owner alone until its contents are in; the walk then gives it
+// the origin's mode.
+constexpr std::uint32_t kNewFolderMode = 0700;
+
+// The parent on the written side "exists" when it is a folder or a link to one (a task root).
+bool IsFolderOrLink(const FsResult<ItemAttributes>& attributes) {
+  return attributes && (attributes.Value().IsFolder() || attributes.Value().kind == ItemKind::kSymlink);
+}
+
+}  // namespace
+
+bool CopyExecutor::QLCreateFolder(const std::string& folder, bool sideA) {
+  FileSystem& fs = mContext.fs;
+  RunState& state = mContext.state;
+  const std::string parent = ParentFolderOf(folder);
+  if (!IsFolderOrLink(fs.GetAttributes(parent))) {
+    if (IsInsideDeletedItem(parent)) return true;
+    return ReportError({GLS("Can't create the folder"), " ", Quoted(folder), "\r",
+                        GLS("Can't find the parent destination folder.")});
+  }
+  auto existing = fs.GetAttributes(folder);
+  if (existing) {
+    // Someone made it since the scan: the walk fills it in all the same.
+    if (existing.Value().IsFolder()) return true;
+    return ReportChanged(folder);
+  }
+  FsStatus made = fs.CreateFolder(folder, kNewFolderMode, true);
+  if (!made)
+    return ReportError({GLS("Can't create the folder"), " ", Quoted(folder), "\r",
+                        FailureDescription(made.Error(), GLS("Can't create the folder"))});
+  ++state.Side(sideA).FoldersCreated;
+  AddSuccessLine(mWords.createdFolder, folder);
+  mContext.services.RemoveItemOKFromRestore(state, folder);
+  return true;
+}
+
+bool CopyExecutor::QLDestParentExists(const std::string& dstParent, const std::string& src,
+                                      const std::string& dst, bool& goToBail) {
+  goToBail = false;
+  if (IsFolderOrLink(mContext.fs.GetAttributes(dstParent))) return true;
+  if (IsInsideDeletedItem(dstParent)) {
+    goToBail = true;
+    return true;
+  }
+  return ReportError({GLS("Can't copy the file"), " ", Quoted(src), "\r", mWords.to, " ", Quoted(dst), "\r",
+                      GLS("Can't find the parent destination folder.")});
+}
+
+bool CopyExecutor::QLCopyFile(const std::string& src, const std::string& dst, bool sideA) {
+  RunState& state = mContext.state;
+  if (!MayChangeItemsIn(ParentFolderOf(dst)) &&
+      !mContext.services.UnlockChain(state, ParentFolderOf(dst), SideRoot(sideA), 1))
+    return ReportError({GLS("Can't copy the file"), " ", Quoted(src), "\r", mWords.to, " ", Quoted(dst), "\r",
+                        GLS("Insufficient privileges")});
+  std::string errStr;
+  bool silent = false;
+  if (!CopySingleFile(src, dst, false, errStr, silent)) {
+    if (silent) return false;
+    return ReportError({GLS("Can't copy the file"), " ", Quoted(src), "\r", mWords.to, " ", Quoted(dst), "\r",
+                        errStr});
+  }
+  SetAttrsAfterCopy(src, dst, state.gStartSyncDateTimeUTC);
+  ++state.Side(sideA).FilesCopied;
+  CountVisibility(sideA, dst);
+  AddSuccessLine(mWords.copiedFile, src, mWords.to, dst);
+  mContext.services.RemoveItemOKFromRestore(state, dst);
+  return true;
+}
+
+bool CopyExecutor::QLReplaceDestFile(const std::string& src, const std::string& dst, bool sideA,
+                                     const ItemSnapshot& dstSnapshot) {
+  RunState& state = mContext.state;
+  auto current = mContext.fs.GetAttributes(dst);
+  if (!current && !current.Error().IsMissing())
+    return ReportError({GLS("Can't read the item"), " ", Quoted(dst), "\r",
+                        FailureDescription(current.Error(), GLS("Can't read the item"))});
+  if (!dstSnapshot.Matches(current ? ItemSnapshot::Of(current.Value()) : ItemSnapshot::Absent()))
+    return ReportChanged(dst);
+  const std::string parent = ParentFolderOf(dst);
+  const bool locked = current && current.Value().isLocked;
+  if ((locked || !MayChangeItemsIn(parent)) && !mContext.services.UnlockChain(state, dst, SideRoot(sideA), 2))
+    return ReportError({GLS("Can't replace the file"), " ", Quoted(dst), "\r", GLS("Insufficient privileges")});
+
+  std::string errStr;
+  if (!CheckFreeSpaceFor(src, parent, errStr))
+    return ReportError({GLS("Can't replace the file"), " ", Quoted(dst), "\r", errStr});
+  bool silent = false;
+  if (!CopySingleFile(src, dst, true, errStr, silent)) {
+    if (silent) return false;
+    return ReportError({GLS("Can't replace the file"), " ", Quoted(dst), "\r", mWords.withTheMostRecentFile, " ",
+                        Quoted(src), "\r", errStr});
+  }
+  SetAttrsAfterCopy(src, dst, state.gStartSyncDateTimeUTC);
+  ++state.Side(sideA).FilesReplaced;
+  CountVisibility(sideA, dst);
+  AddSuccessLine(mWords.replacedFile, dst, mWords.withTheMostRecentFile, src);
+  return true;
+}
+
+bool CopyExecutor::CopySingleFile(const std::string& src, const std::string& dst, bool replace,
+                                  std::string& errStr, bool& silent) {
+  silent = false;
+  CopyOptions options;
+  options.replaceExisting = replace;
+  options.keepRunning = &mContext.state.mIsCopying;
+  options.progress = [this](std::uint64_t copied, std::uint64_t total) {
+    auto now = std::chrono::steady_clock::now();
+    if (now - mLastBytesUpdate >= kBytesUpdateInterval) {
+      mLastBytesUpdate = now;
+      mContext.proxy.UpdateBytesCopied(copied, total);
+    }
+    return true;
+  };
+  auto copied = mContext.fs.CopyItem(src, dst, options);
+  if (copied) return true;
+  const FsError& error = copied.Error();
+  // A stop is the user's wish, not a failure to report; the copy has cleaned up after itself.
+  silent = error.problem == FsProblem::kStopped;
+  if (error.operation == "remove the replaced item")
+    errStr = GLS("Can't remove the old destination file") + "\r" + FailureDescription(error, GLS("Can't copy the file"));
+  else
+    errStr = FailureDescription(error, GLS("Can't copy the file"));
+  return false;
+}
+
+bool CopyExecutor::MayChangeItemsIn(const std::string& folder) {
+  FsStatus access = mContext.fs.CheckAccess(folder, kAccessWrite | kAccessSearch);
+  // A missing folder is for the operation itself to report, with its own words.
+  return access || access.Error().IsMissing();
+}
+
+}  // namespace marigold
