@@ -32,12 +32,17 @@ class PlistDict {
   PlistDict() = default;
   PlistDict(std::initializer_list<Item> items);
 
-  std::size_t size() const { return mItems.size(); }
-  bool empty() const { return mItems.empty(); }
-  auto begin() const { return mItems.begin(); }
-  auto end() const { return mItems.end(); }
-  auto begin() { return mItems.begin(); }
-  auto end() { return mItems.end(); }
+  using const_iterator = std::vector<Item>::const_iterator;
+  using iterator = std::vector<Item>::iterator;
+
+  // Defined below PlistValue: clang instantiates the vector's constexpr members at once, and
+  // PlistValue must be complete by then.
+  std::size_t size() const;
+  bool empty() const;
+  const_iterator begin() const;
+  const_iterator end() const;
+  iterator begin();
+  iterator end();
 
   bool Contains(std::string_view key) const { return Find(key) != nullptr; }
   const PlistValue* Find(std::string_view key) const;
@@ -117,6 +122,13 @@ class PlistValue {
   std::variant<std::string, std::int64_t, double, bool, PlistDate, PlistData, PlistArray, PlistDict>
       mValue;
 };
+
+inline std::size_t PlistDict::size() const { return mItems.size(); }
+inline bool PlistDict::empty() const { return mItems.empty(); }
+inline PlistDict::const_iterator PlistDict::begin() const { return mItems.begin(); }
+inline PlistDict::const_iterator PlistDict::end() const { return mItems.end(); }
+inline PlistDict::iterator PlistDict::begin() { return mItems.begin(); }
+inline PlistDict::iterator PlistDict::end() { return mItems.end(); }
 
 // A readable name of a value's type, for messages ("integer", "dictionary", ...).
 std::string_view TypeName(PlistValue::Type type);

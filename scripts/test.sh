@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# Builds everything with AddressSanitizer and UndefinedBehaviorSanitizer, runs every test, then
+# builds the document-reader fuzzer with clang and runs it for 30 seconds. Exits non-zero on any
+# failure.
+set -euo pipefail
+
+repo="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+cd "$repo"
+
+bash scripts/install-deps.sh
+
+jobs="${MARIGOLD_JOBS:-2}"
+
+cmake -S . -B build-asan -DMARIGOLD_SANITIZE=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
+cmake --build build-asan -j "$jobs"
+(cd build-asan && ctest --output-on-failure -j "$jobs")
+
+cmake -S . -B build-fuzz -DMARIGOLD_FUZZ=ON -DMARIGOLD_TESTS=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+cmake --build build-fuzz -j "$jobs" --target marigold_document_reader_fuzz
+
+# The fuzzer adds what it finds to its corpus: work on a copy so the committed seeds stay as they are.
+corpus="$(mktemp -d)"
+trap 'rm -rf "$corpus"' EXIT
+cp -a tests/fuzz/corpus/. "$corpus/"
+mkdir -p build-fuzz/artifacts
+build-fuzz/tests/fuzz/marigold_document_reader_fuzz -max_total_time=30 -timeout=10 -rss_limit_mb=2048 \
+  -artifact_prefix=build-fuzz/artifacts/ "$corpus"
+
+echo "test.sh: all tests and the fuzzer passed"

@@ -1,0 +1,31 @@
+// Who the process runs as, read once at start-up: real and effective user and group, the
+// supplementary groups, and whether the effective user is root.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace marigold {
+
+inline constexpr std::size_t kMaxSupplementaryGroups = 1000;
+
+struct Identities {
+  uid_t uid = 0;   // real user id
+  gid_t gid = 0;   // real group id
+  uid_t euid = 0;  // effective user id
+  gid_t egid = 0;  // effective group id
+  std::vector<gid_t> groups;  // supplementary groups, at most kMaxSupplementaryGroups
+  bool isRoot = false;        // euid == 0
+};
+
+// Reads the identities of the calling process. Never fails: an unreadable group list is empty.
+Identities ReadIdentities();
+
+// The user's full name from the password database (the first field of the comment), else the
+// login name, else the decimal user id.
+std::string UserFullName(uid_t uid);
+
+}  // namespace marigold

@@ -1,0 +1,348 @@
+#include "cli/run_commands.h"
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <thread>
+
+#include "app/document_model.h"
+#include "app/preferences.h"
+#include "cli/commands.h"
+#include "cli/terminal_proxy.h"
+#include "engine/run_driver.h"
+#include "engine/tree_text.h"
+#include "platform/linux_file_system.h"
+#include "util/strings_table.h"
+
+extern char** environ;
+
+namespace marigold {
+namespace {
+
+// The run a signal asks to stop; a Stop is a pair of atomic stores, safe in a handler.
+std::atomic<RunDriver*> gRunningDriver{nullptr};
+
+extern "C" void StopRunOnSignal(int) {
+  if (RunDriver* driver = gRunningDriver.load()) driver->Stop();
+}
+
+// The first Ctrl-C (or a TERM) stops the run cleanly; the handler then gives way, so a second one
+// ends the program at once.
+class StopSignals {
+ public:
+  explicit StopSignals(RunDriver& driver) {
+    gRunningDriver = &driver;
+    struct sigaction action {};
+    action.sa_handler = StopRunOnSignal;
+    action.sa_flags = SA_RESETHAND;
+    sigemptyset(&action.sa_mask);
+    ::sigaction(SIGINT, &action, &mOldInt);
+    ::sigaction(SIGTERM, &action, &mOldTerm);
+  }
+  ~StopSignals() {
+    ::sigaction(SIGINT, &mOldInt, nullptr);
+    ::sigaction(SIGTERM, &mOldTerm, nullptr);
+    gRunningDriver = nullptr;
+  }
+  StopSignals(const StopSignals&) = delete;
+  StopSignals& operator=(const StopSignals&) = delete;
+
+ private:
+  struct sigaction mOldInt {};
+  struct sigaction mOldTerm {};
+};
+
+int Usage(const std::string& message) {
+  std::fprintf(stderr, "marigold: %s\n", message.c_str());
+  return kExitBadInput;
+}
+
+bool Exists(const std::string& path) {
+  struct stat st {};
+  return !path.empty() && ::lstat(path.c_str(), &st) == 0;
+}
+
+// An absolute path without trailing slashes, as the engine joins names onto it.
+std::string AbsolutePath(const std::string& path) {
+  std::string absolute = path;
+  if (!absolute.empty() && absolute.front() != '/') {
+    std::string cwd(4096, '\0');
+    if (::getcwd(cwd.data(), cwd.size()) != nullptr) absolute = std::string(cwd.c_str()) + "/" + absolute;
+  }
+  while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
+  return absolute;
+}
+
+bool ParseInteger(const std::string& text, std::int64_t& value) {
+  const char* end = text.data() + text.size();
+  auto [at, error] = std::from_chars(text.data(), end, value);
+  return error == std::errc() && at == end && !text.empty();
+}
+
+// Sets `value` as `key` typed like `model`; false with `error` when it does not read as that type.
+bool SetTyped(PlistDict& dict, const std::string& key, const PlistValue& model, const std::string& value,
+              std::string& error) {
+  switch (model.GetType()) {
+    case PlistValue::Type::Integer: {
+      std::int64_t number = 0;
+      if (!ParseInteger(value, number)) break;
+      dict.Set(key, number);
+      return true;
+    }
+    case PlistValue::Type::Boolean:
+      if (value == "1" || value == "true" || value == "yes") {
+        dict.Set(key, true);
+        return true;
+      }
+      if (value == "0" || value == "false" || value == "no") {
+        dict.Set(key, false);
+        return true;
+      }
+      break;
+    case PlistValue::Type::Real: {
+      char* end = nullptr;
+      const double number = std::strtod(value.c_str(), &end);
+      if (value.empty() || end == nullptr || *end != '\0') break;
+      dict.Set(key, number);
+      return true;
+    }
+    case PlistValue::Type::String:
+      dict.Set(key, value);
+      return true;
+    default:
+      error = "\"" + key + "\" cannot be set from the command line";
+      return false;
+  }
+  error = "\"" + key + "\" takes " + std::string(TypeName(model.GetType())) + " values, not \"" + value + "\"";
+  return false;
+}
+
+// Applies one KEY=VALUE to the session's settings or conflict rules, or to the preferences of
+// this run only.
+bool ApplySetting(const std::string& assignment, PlistDict& session, PlistDict& prefs, const PlistDict& prefDefaults,
+                  std::string& error) {
+  const auto equals = assignment.find('=');
+  if (equals == std::string::npos || equals == 0) {
+    error = "--set takes KEY=VALUE, not \"" + assignment + "\"";
+    return false;
+  }
+  const std::string key = assignment.substr(0, equals);
+  const std::string value = assignment.substr(equals + 1);
+  for (const char* group : {"settingsDict", "conflictsDict"}) {
+    PlistDict* dict = session.GetDict(group);
+    if (dict == nullptr) continue;
+    if (const PlistValue* model = dict->Find(key)) return SetTyped(*dict, key, PlistValue(*model), value, error);
+  }
+  if (const PlistValue* model = prefDefaults.Find(key)) return SetTyped(prefs, key, *model, value, error);
+  error = "no setting, conflict rule or preference is called \"" + key + "\"";
+  return false;
+}
+
+void ShutDownComputer() {
+  std::fprintf(stderr, "marigold: shutting the computer down, as the preferences ask\n");
+  char program[] = "systemctl";
+  char verb[] = "poweroff";
+  char* argv[] = {program, verb, nullptr};
+  pid_t pid = 0;
+  if (::posix_spawnp(&pid, program, nullptr, nullptr, argv, environ) == 0) {
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+  }
+}
+
+void PrintSummary(const RunDriver& driver, std::int64_t errors) {
+  const SideCopyCounters& c = driver.copyTotals();
+  std::printf("%s %lld\n", GLS("Items copied:").c_str(), static_cast<long long>(c.FilesCopied + c.FoldersCreated));
+  std::printf("%s %lld\n", GLS("Items replaced:").c_str(), static_cast<long long>(c.FilesReplaced));
+  std::printf("%s %lld\n", GLS("Items deleted:").c_str(),
+              static_cast<long long>(c.FilesDeleted + c.FoldersDeleted + c.FilesTrashed + c.FoldersTrashed));
+  std::printf("%s %lld\n", GLS("Errors:").c_str(), static_cast<long long>(errors));
+}
+
+struct RunRequest {
+  std::int64_t sessionIndex = 0;
+  bool interactive = false;
+  bool dryRun = false;
+};
+
+int ExecuteRun(PlistDict& document, const PlistDict& preferences, const RunRequest& request) {
+  LinuxFileSystem fs;
+  TerminalProxy proxy(request.interactive, ::isatty(STDERR_FILENO) == 1);
+  RunDriver driver(document, preferences, fs, proxy, DefaultRunServices());
+  driver.SetDryRun(request.dryRun);
+  std::atomic<std::int64_t> errorsSeen{0};
+  driver.SetErrorObserver([&](const std::string& message) {
+    ++errorsSeen;
+    proxy.PrintError(message);
+  });
+  {
+    StopSignals signals(driver);
+    std::thread worker(
+        [&] { driver.ExecuteSyncBackup(request.sessionIndex, request.interactive ? kExecutedByUser : kExecutedByCommandLine); });
+    worker.join();
+  }
+
+  RunState& state = driver.state();
+  const bool stopped = state.mUserPressedStop;
+  const std::int64_t errors = std::max<std::int64_t>(state.gGlobalError, errorsSeen.load());
+  if (request.dryRun) {
+    for (const TaskTree& tree : driver.scannedTrees()) std::fputs(DescribeTaskTree(tree).c_str(), stdout);
+    if (driver.scannedTrees().empty() && driver.scanSucceeded()) std::printf("%s\n", GLS("Nothing to do.").c_str());
+  } else if (driver.previewCancelled()) {
+    std::printf("%s\n", GLS("Cancelled: nothing was copied.").c_str());
+  } else {
+    PrintSummary(driver, errors);
+  }
+  if (stopped) std::printf("%s\n", GLS("Stopped.").c_str());
+  std::fflush(stdout);
+
+  if (driver.afterRunAction() == AfterRunAction::kShutDown) ShutDownComputer();
+  if (!driver.scanSucceeded() && !stopped) {
+    std::fprintf(stderr, "marigold: the run could not start: its folders could not be scanned\n");
+    return kExitBadInput;
+  }
+  return errors > 0 || stopped ? kExitFailed : kExitOk;
+}
+
+// The reason a document path cannot be read, or "" when it looks readable.
+std::string DocumentProblem(const std::string& path) {
+  struct stat st {};
+  if (::stat(path.c_str(), &st) != 0) return std::strerror(errno);
+  if (S_ISDIR(st.st_mode)) return "it is a folder";
+  return "";
+}
+
+// A session run alone needs one of its two folders; nothing else can be checked before the run.
+std::string FolderProblem(const PlistDict& session) {
+  if (session.GetDict("multiDict") && session.GetDict("multiDict")->IsFlagOn("multiOn")) return "";
+  const PlistDict* console = session.GetDict("consoleDict");
+  const std::string source = console ? console->GetString("topFolder") : "";
+  const std::string dest = console ? console->GetString("bottomFolder") : "";
+  if (source.empty() || dest.empty()) return "the session has no source or no destination folder";
+  if (!Exists(source) && !Exists(dest)) return "neither \"" + source + "\" nor \"" + dest + "\" exists";
+  return "";
+}
+
+int RunDocument(MainApp& app, const RunCommandArgs& args) {
+  if (std::string problem = DocumentProblem(args.document); !problem.empty()) {
+    return Usage("cannot read \"" + args.document + "\": " + problem);
+  }
+  DocumentStore& store = app.store();
+  if (!store.ReadDocumentFile(args.document)) {
+    return Usage("cannot read \"" + args.document + "\": it is not a Marigold document that this version can read");
+  }
+  PlistDict& document = store.mainDict();
+  const std::int64_t count = SessionCount(document);
+  if (count == 0) return Usage("\"" + args.document + "\" has no session");
+
+  std::int64_t index = document.GetInt("sessionIndex");
+  if (args.allSessions) {
+    index = count + 1;
+  } else if (args.sessionIndexOption && args.sessionIndexOption->count() > 0) {
+    index = args.sessionIndex;
+    if (index < 0 || index >= count) {
+      return Usage("--index " + std::to_string(index) + " is not a session: the document has " + std::to_string(count));
+    }
+  } else if (args.sessionNameOption && args.sessionNameOption->count() > 0) {
+    index = -1;
+    for (std::int64_t i = 0; i < count && index < 0; ++i) {
+      const PlistDict* console = GetSessionDict(document, i)->GetDict("consoleDict");
+      if (console && console->GetString("sessionName") == args.sessionName) index = i;
+    }
+    if (index < 0) return Usage("no session is called \"" + args.sessionName + "\"");
+  } else if (!IsAllSessions(document, index) && (index < 0 || index >= count)) {
+    index = 0;
+  }
+  if (!IsAllSessions(document, index)) {
+    if (std::string problem = FolderProblem(*GetSessionDict(document, index)); !problem.empty()) {
+      return Usage(problem);
+    }
+  }
+  RunRequest request{index, args.interactive, args.dryRun};
+  return ExecuteRun(document, app.preferences().dict(), request);
+}
+
+int RunPair(MainApp& app, const RunCommandArgs& args) {
+  const std::string source = AbsolutePath(args.source);
+  const std::string dest = AbsolutePath(args.dest);
+  if (!Exists(source) && !Exists(dest)) {
+    return Usage("neither \"" + args.source + "\" nor \"" + args.dest + "\" exists");
+  }
+  // A folder given a destination that does not exist yet goes into a new folder of that name,
+  // as with cp or rsync; a dry run only says what would go there.
+  struct stat st {};
+  if (!args.dryRun && !Exists(dest) && ::stat(source.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
+    std::error_code error;
+    std::filesystem::create_directories(dest, error);
+    if (error) return Usage("cannot create \"" + args.dest + "\": " + error.message());
+  }
+  const PlistDict model = NewTemplate();
+  PlistDict session = *GetSessionDict(model, args.backup ? 1 : 0);
+  session.GetDict("consoleDict")->Set("topFolder", source);
+  session.GetDict("consoleDict")->Set("bottomFolder", dest);
+  if (args.exact) session.GetDict("settingsDict")->Set("settExact", 1);
+
+  // The preferences of this run only: the file is never written from here.
+  PlistDict prefs = app.preferences().dict();
+  const PlistDict prefDefaults = GetDefaultPreferencesDict(app.paths().defaultLogFolder, app.identities().isRoot);
+  for (const std::string& assignment : args.settings) {
+    std::string error;
+    if (!ApplySetting(assignment, session, prefs, prefDefaults, error)) return Usage(error);
+  }
+  PlistDict document{{"sessionsArray", PlistArray{session}}, {"fileVersion", kFileVersion}, {"sessionIndex", 0}};
+  RunRequest request{0, args.interactive, args.dryRun};
+  return ExecuteRun(document, prefs, request);
+}
+
+void AddRunModeOptions(CLI::App* command, RunCommandArgs& args) {
+  CLI::Option* interactive =
+      command->add_flag("--interactive", args.interactive, "Ask on the terminal: conflicts, errors, the preview");
+  CLI::Option* unattended =
+      command->add_flag("--unattended", args.unattended, "Ask nothing: conflicts are skipped, errors go on (default)");
+  interactive->excludes(unattended);
+  command->add_flag("--dry-run", args.dryRun, "Scan and print what would be done; change nothing");
+}
+
+}  // namespace
+
+void AddRunCommands(CLI::App& app, RunCommandArgs& args) {
+  args.run = app.add_subcommand("run", "Run sessions of a document");
+  args.run->add_option("DOCUMENT", args.document, "The session document")->required();
+  args.sessionNameOption = args.run->add_option("--session", args.sessionName, "The session with this name");
+  args.sessionIndexOption =
+      args.run->add_option("--index", args.sessionIndex, "The session at index N (0 is the first, as in sessionIndex)");
+  CLI::Option* all = args.run->add_flag("--all", args.allSessions, "Every session of the document, in order");
+  args.sessionNameOption->excludes(args.sessionIndexOption);
+  args.sessionNameOption->excludes(all);
+  args.sessionIndexOption->excludes(all);
+  AddRunModeOptions(args.run, args);
+
+  args.sync = app.add_subcommand("sync", "Synchronise (or back up) one folder pair");
+  args.sync->add_option("SOURCE", args.source, "Side A: the source folder or file")->required();
+  args.sync->add_option("DEST", args.dest, "Side B: the destination folder or file")->required();
+  args.sync->add_flag("--backup", args.backup, "Back up from SOURCE to DEST instead of synchronising both ways");
+  args.sync->add_flag("--exact", args.exact, "Also carry deletions across");
+  args.sync
+      ->add_option("--set", args.settings,
+                   "KEY=VALUE: a task setting, conflict rule or preference for this run only (repeatable)")
+      ->allow_extra_args(false);
+  AddRunModeOptions(args.sync, args);
+}
+
+int ExecuteRunCommand(MainApp& app, const RunCommandArgs& args) {
+  if (args.run && args.run->parsed()) return RunDocument(app, args);
+  if (args.sync && args.sync->parsed()) return RunPair(app, args);
+  return Usage("no run command was given");
+}
+
+}  // namespace marigold

@@ -1,0 +1,191 @@
+#include "cli/terminal_proxy.h"
+
+#include <sys/stat.h>
+
+#include <cstdlib>
+
+#include "app/startup.h"
+#include "engine/replace_prompt.h"
+#include "engine/tree_text.h"
+#include "util/strings_table.h"
+
+namespace marigold {
+namespace {
+
+constexpr int kBarWidth = 24;
+
+std::optional<std::int64_t> ModificationSeconds(const std::string& path) {
+  struct stat st {};
+  if (::lstat(path.c_str(), &st) != 0) return std::nullopt;
+  return static_cast<std::int64_t>(st.st_mtim.tv_sec);
+}
+
+}  // namespace
+
+std::string ByteCountText(std::uint64_t bytes) {
+  static const char* const kUnits[] = {"KiB", "MiB", "GiB", "TiB"};
+  if (bytes < 1024) return std::to_string(bytes) + " B";
+  double value = static_cast<double>(bytes) / 1024.0;
+  int unit = 0;
+  while (value >= 1024.0 && unit < 3) {
+    value /= 1024.0;
+    ++unit;
+  }
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "%.1f %s", value, kUnits[unit]);
+  return buffer;
+}
+
+TerminalProxy::TerminalProxy(bool interactive, bool showProgress, std::FILE* in, std::FILE* out)
+    : mInteractive(interactive), mShowProgress(showProgress), mIn(in), mOut(out) {}
+
+void TerminalProxy::ClearProgress() {
+  if (!mProgressShown) return;
+  std::fputs("\r\x1b[K", mOut);
+  mProgressShown = false;
+}
+
+void TerminalProxy::DrawProgress() {
+  if (!mShowProgress || mItemsToDo < 0) return;
+  const std::int64_t total = mItemsTotal > 0 ? mItemsTotal : mItemsToDo;
+  const std::int64_t done = total - mItemsToDo;
+  const int filled = total > 0 ? static_cast<int>(kBarWidth * done / total) : kBarWidth;
+  std::string line = "\r[" + std::string(static_cast<std::size_t>(filled), '#') +
+                     std::string(static_cast<std::size_t>(kBarWidth - filled), '-') + "] " +
+                     GLS("Items to do:") + " " + std::to_string(mItemsToDo);
+  if (mBytesTotal > 0 && mBytesCopied < mBytesTotal) {
+    line += "  " + ByteCountText(mBytesCopied) + " / " + ByteCountText(mBytesTotal);
+  }
+  line += "\x1b[K";
+  std::fputs(line.c_str(), mOut);
+  std::fflush(mOut);
+  mProgressShown = true;
+}
+
+void TerminalProxy::PrintLines(const std::string& text) {
+  ClearProgress();
+  std::fprintf(mOut, "%s\n", TerminalText(text).c_str());
+}
+
+std::optional<std::string> TerminalProxy::ReadLine() {
+  std::fflush(mOut);
+  std::string line;
+  for (int c = std::fgetc(mIn); c != EOF; c = std::fgetc(mIn)) {
+    if (c == '\n') return line;
+    line.push_back(static_cast<char>(c));
+  }
+  if (line.empty()) return std::nullopt;
+  return line;
+}
+
+int TerminalProxy::Alert(const AlertRequest& request) {
+  std::lock_guard<std::mutex> lock(mMutex);
+  PrintLines(request.title.empty() ? request.text : request.title + " " + request.text);
+  if (!request.informative.empty()) PrintLines(request.informative);
+  int answer = 0;
+  if (mInteractive && request.buttons.size() > 1) {
+    for (;;) {
+      for (std::size_t i = 0; i < request.buttons.size(); ++i) {
+        std::fprintf(mOut, "  %zu) %s%s\n", i + 1, request.buttons[i].c_str(), i == 0 ? " (default)" : "");
+      }
+      std::fputs("> ", mOut);
+      auto line = ReadLine();
+      if (!line || line->empty()) break;
+      char* end = nullptr;
+      const long choice = std::strtol(line->c_str(), &end, 10);
+      if (end != nullptr && *end == '\0' && choice >= 1 && static_cast<std::size_t>(choice) <= request.buttons.size()) {
+        answer = static_cast<int>(choice - 1);
+        break;
+      }
+    }
+  }
+  DrawProgress();
+  return answer;
+}
+
+int TerminalProxy::AskReplace(const ReplaceRequest& request) {
+  std::lock_guard<std::mutex> lock(mMutex);
+  if (!mInteractive) return kReplaceResultSkip;
+  bool changed = false;
+  for (;;) {
+    const ReplacePromptText prompt = BuildReplacePrompt(request, changed);
+    PrintLines(prompt.title);
+    PrintLines(prompt.text);
+    if (prompt.showsSource) {
+      PrintLines("  A: \"" + PrintableName(request.source) + "\"  " + ModificationDateLine(ModificationSeconds(request.source)));
+    }
+    if (prompt.showsDest) {
+      PrintLines("  B: \"" + PrintableName(request.dest) + "\"  " + ModificationDateLine(ModificationSeconds(request.dest)));
+    }
+    if (!prompt.directionTooltip.empty()) PrintLines("  (" + prompt.directionTooltip + ")");
+    std::fprintf(mOut, "  r) %s (default)\n  s) %s\n  t) %s\n", prompt.replaceTitle.c_str(), prompt.skipTitle.c_str(),
+                 GLS("Stop").c_str());
+    if (prompt.canChangeDirection) std::fprintf(mOut, "  d) %s\n", GLS("Change direction").c_str());
+    std::fputs("> ", mOut);
+    auto line = ReadLine();
+    const std::string answer = line ? *line : "s";
+    int result = 0;
+    if (answer.empty() || answer == "r") {
+      result = kReplaceResultReplace;
+    } else if (answer == "s") {
+      result = kReplaceResultSkip;
+    } else if (answer == "t") {
+      result = kReplaceResultStop;
+    } else if (answer == "d" && prompt.canChangeDirection) {
+      changed = !changed;
+      continue;
+    } else {
+      continue;
+    }
+    DrawProgress();
+    return changed ? -result : result;
+  }
+}
+
+bool TerminalProxy::ShowPreview(std::vector<TaskTree>& trees) {
+  std::lock_guard<std::mutex> lock(mMutex);
+  ClearProgress();
+  for (const TaskTree& tree : trees) std::fputs(DescribeTaskTree(tree).c_str(), mOut);
+  if (!mInteractive) return true;
+  for (;;) {
+    std::fprintf(mOut, "%s [Y/n] ", GLS("Go on with the copy?").c_str());
+    auto line = ReadLine();
+    if (!line) return false;
+    if (line->empty() || *line == "y" || *line == "Y") return true;
+    if (*line == "n" || *line == "N") return false;
+  }
+}
+
+void TerminalProxy::RunEnded() {
+  std::lock_guard<std::mutex> lock(mMutex);
+  ClearProgress();
+  mItemsToDo = -1;
+  std::fflush(mOut);
+}
+
+void TerminalProxy::UpdateItemsToDo(std::int64_t itemsToDo, std::int64_t itemsTotal) {
+  std::lock_guard<std::mutex> lock(mMutex);
+  mItemsToDo = itemsToDo;
+  mItemsTotal = itemsTotal;
+  DrawProgress();
+}
+
+void TerminalProxy::UpdateBytesCopied(std::uint64_t copied, std::uint64_t total) {
+  std::lock_guard<std::mutex> lock(mMutex);
+  mBytesCopied = copied;
+  mBytesTotal = total;
+  DrawProgress();
+}
+
+void TerminalProxy::Beep() {
+  std::lock_guard<std::mutex> lock(mMutex);
+  if (mShowProgress) std::fputc('\a', mOut);
+}
+
+void TerminalProxy::PrintError(const std::string& message) {
+  std::lock_guard<std::mutex> lock(mMutex);
+  PrintLines("marigold: " + message);
+  DrawProgress();
+}
+
+}  // namespace marigold

@@ -1,0 +1,207 @@
+#include "engine/run_driver.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cmath>
+
+#include "app/document_model.h"
+#include "engine/session_switches.h"
+#include "engine/task_records.h"
+#include "util/quillon_additions.h"
+
+namespace marigold {
+
+RunDriver::RunDriver(PlistDict& document, const PlistDict& preferences, FileSystem& fs, AppkitProxy& proxy,
+                     RunServices& services)
+    : mDocument(document),
+      mPreferences(preferences),
+      mErrors(mState, proxy, preferences),
+      mContext{mState, fs, proxy, services, mErrors, preferences},
+      mScanner(mContext),
+      mExecutor(mContext),
+      mRefresher(proxy, mState.tallies) {}
+
+void RunDriver::SetErrorObserver(std::function<void(const std::string&)> observer) {
+  mErrors.SetErrorObserver(std::move(observer));
+}
+
+void RunDriver::Stop() {
+  mStopRequested.store(true);
+  mState.mIsCopying.store(false);
+}
+
+void RunDriver::NoteStopRequest() {
+  if (!mStopRequested.load()) return;
+  mState.mUserPressedStop = true;
+  mState.mIsCopying = false;
+}
+
+void RunDriver::ExecuteSyncBackup(std::int64_t sessionIndex, int executedBy) {
+  mScanSucceeded = false;
+  mPreviewCancelled = false;
+  mAfterRunAction = AfterRunAction::kNone;
+  mCopyTotals = {};
+  mScannedTrees.clear();
+
+  PurgeBeforeWholeSyncBackup(sessionIndex, executedBy);
+  const bool scanned = IsAllSessions(mDocument, sessionIndex) ? ScanAllSessions() : ScanOneSession(sessionIndex);
+  mScanSucceeded = scanned;
+  NoteStopRequest();
+
+  if (mState.IsRunOn() && scanned && !mDryRun) {
+    const bool preview = !mState.runTaskTrees.empty() && mState.mExecutedBy == kExecutedByUser &&
+                         mPreferences.IsFlagOn("prefPreview");
+    if (preview && !mContext.proxy.ShowPreview(mState.runTaskTrees)) mPreviewCancelled = true;
+    if (!mPreviewCancelled) {
+      if (mState.tallies.runItemsToDo > 0) PurgeBeforeMainCopy();
+      MainCopy();
+    }
+  }
+  NoteStopRequest();
+  if (mDryRun) mScannedTrees = std::move(mState.runTaskTrees);
+
+  PurgeAfterWholeSyncBackup();
+  if (!mPreviewCancelled && !mDryRun) mContext.services.MakeLog(mState);
+  ConcludeWholeSyncBackup();
+  mAfterRunAction = DecideAfterRunAction();
+  mStopRequested = false;
+}
+
+void RunDriver::PurgeBeforeWholeSyncBackup(std::int64_t sessionIndex, int executedBy) {
+  RunState& s = mState;
+  s.mIsCopying = true;
+  s.mUserPressedStop = false;
+  s.gTerminateAfterSync = false;
+  // A Stop asked before the worker got here still counts.
+  NoteStopRequest();
+  s.mExecutedBy = executedBy;
+  s.mEuidIsRoot = ::geteuid() == 0;
+  mCurrentSessionIndex = sessionIndex;
+
+  const double now = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+  s.gStartSyncDateTime = DateFromUnixSeconds(now);
+  s.gStartSyncDateTimeUTC = static_cast<std::int64_t>(std::floor(now));
+  s.gEndSyncDateTime = s.gStartSyncDateTime;
+
+  s.runTaskTrees.clear();
+  s.runExactIndexAdditions.clear();
+  s.gItemsDeleted.clear();
+  s.logSessionArray.clear();
+  mUpdateInterval = 0;
+  s.tallies.Reset();
+  s.gGlobalItemsScanned = 0;
+  s.gGlobalConflictsSkipped = 0;
+  s.gGlobalError = 0;
+  s.gAtLeastOneItemDone = false;
+  s.gTrashDetailedLogText.clear();
+
+  const std::int64_t logKind = mPreferences.GetInt("prefLogKind");
+  s.gMakeDetailedLog = logKind == 2;
+  s.gMakeErrorsLog = logKind == 3;
+  const std::int64_t deltaField = mPreferences.GetInt("prefModificationDeltaField");
+  s.gModificationDelta = mPreferences.IsFlagOn("prefModificationDelta") && deltaField > 0 ? deltaField : 0;
+  mContext.proxy.RunStarted();
+}
+
+bool RunDriver::ScanAllSessions() {
+  bool result = false;
+  const std::int64_t count = SessionCount(mDocument);
+  for (std::int64_t index = 0; index < count; ++index) {
+    result = ScanOneSession(index);
+    if (!mState.IsRunOn()) break;
+  }
+  return result;
+}
+
+void RunDriver::PurgeBeforeMainCopy() {
+  mState.tallies.runItemsTotal = mState.tallies.runItemsToDo.load();
+  mUpdateInterval = ConsoleUpdateInterval(mState.tallies.runItemsTotal);
+  mRefresher.ResetLastShown();
+}
+
+bool RunDriver::MainCopy() {
+  for (PlistValue& sessionValue : mState.logSessionArray) {
+    PlistDict* sessionRecord = sessionValue.AsDict();
+    if (sessionRecord == nullptr) continue;
+    const std::int64_t sessionIndex = sessionRecord->GetInt("sessionIndex");
+    PurgeBeforeScanAndCopyOneSession(sessionIndex);
+    std::int64_t tasksDone = 0;
+    if (PlistArray* tasks = sessionRecord->GetArray("logTaskArray")) {
+      for (PlistValue& taskValue : *tasks) {
+        PlistDict* record = taskValue.AsDict();
+        if (record == nullptr) continue;
+        PurgeBeforeCopyOneTask();
+        if (mState.IsRunOn()) {
+          CopyOneTask(sessionIndex, *record);
+          if (mState.IsRunOn()) ++tasksDone;
+        }
+        PurgeAfterCopyOneTask(*record);
+      }
+    }
+    mState.gTotMultiDone = tasksDone;
+    PurgeAfterCopyOneSession(sessionIndex);
+  }
+  return true;
+}
+
+void RunDriver::PurgeAfterWholeSyncBackup() {
+  RunState& s = mState;
+  const double now = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+  s.gEndSyncDateTime = DateFromUnixSeconds(now);
+  s.runTaskTrees.clear();
+  s.runExactIndexAdditions.clear();
+  s.gItemsDeleted.clear();
+  s.gGlobalError = 0;
+
+  for (PlistValue& sessionValue : s.logSessionArray) {
+    PlistDict* sessionRecord = sessionValue.AsDict();
+    if (sessionRecord == nullptr) continue;
+    const std::int64_t sessionIndex = sessionRecord->GetInt("sessionIndex");
+    PurgeBeforeScanAndCopyOneSession(sessionIndex);
+    std::int64_t sessionErrors = 0;
+    if (const PlistArray* tasks = sessionRecord->GetArray("logTaskArray")) {
+      for (const PlistValue& taskValue : *tasks) {
+        const PlistDict* record = taskValue.AsDict();
+        if (record == nullptr) continue;
+        const std::int64_t errors = record->GetInt("gTotError");
+        sessionErrors += errors;
+        s.gGlobalError += errors;
+        // After a Stop the index and the dates would claim a run that did not finish; a dry run
+        // claims nothing.
+        if (s.mUserPressedStop || mDryRun) continue;
+        s.gSourceFolder = record->GetString("gSourceFolder");
+        s.gDestFolder = record->GetString("gDestFolder");
+        // The record carries what the index needs: "addToExactIndexArray" and
+        // "restoreBackupDateArray".
+        if (s.session.gIsSyncOn && s.session.gIsExactOn) mContext.services.WriteExactSyncIndex(s, *record, 2);
+        // A volume that keeps no backup dates refuses them; the scan then reads "no date", which
+        // is what the rules expect of such a volume.
+        mContext.fs.SetBackupDate(s.gSourceFolder, s.gStartSyncDateTimeUTC);
+        mContext.fs.SetBackupDate(s.gDestFolder, s.gStartSyncDateTimeUTC);
+      }
+    }
+    if (const PlistDict* session = Session(sessionIndex)) mContext.services.UnmountAllVolumesForSession(s, *session);
+    sessionRecord->Set("gTotError", sessionErrors);
+  }
+}
+
+void RunDriver::ConcludeWholeSyncBackup() {
+  mContext.proxy.RunEnded();
+  if (mPreferences.GetInt("prefBeepWhenDone") != 0) mContext.proxy.Beep();
+  mState.mIsCopying = false;
+}
+
+AfterRunAction RunDriver::DecideAfterRunAction() const {
+  // A dry run only looked: it neither shuts down nor quits.
+  if (mDryRun) return mState.gTerminateAfterSync ? AfterRunAction::kTerminate : AfterRunAction::kNone;
+  const bool stopped = mState.mUserPressedStop;
+  if (mPreferences.GetInt("prefShutDown") != 0 && !stopped) return AfterRunAction::kShutDown;
+  if (mPreferences.GetInt("prefQuit") != 0 && !stopped) return AfterRunAction::kQuit;
+  if (mState.gTerminateAfterSync) return AfterRunAction::kTerminate;
+  return AfterRunAction::kNone;
+}
+
+const PlistDict* RunDriver::Session(std::int64_t index) const { return GetSessionDict(mDocument, index); }
+
+}  // namespace marigold
