@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds Marigold and shows it working in a throwaway home folder: a new document is written,
-# read back, and the preferences that start-up made are printed.
+# Builds Marigold and shows it working in a throwaway home folder: two built-in sample folders
+# are synchronised both ways (and a change is carried across on a second run), then a new
+# document is written, read back, and the preferences that start-up made are printed.
 set -euo pipefail
 
 repo="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -15,6 +16,21 @@ marigold="$repo/build-release/src/marigold"
 demo_home="$(mktemp -d)"
 trap 'rm -rf "$demo_home"' EXIT
 export HOME="$demo_home" XDG_CONFIG_HOME="$demo_home/.config" XDG_DATA_HOME="$demo_home/.local/share"
+
+side_a="$demo_home/Side A" side_b="$demo_home/Side B"
+mkdir -p "$side_a/Letters/2026" "$side_a/Photos" "$side_b/Notes"
+printf 'Dear reader,\n' > "$side_a/Letters/2026/hello.txt"
+head -c 300000 /dev/zero | tr '\0' 'p' > "$side_a/Photos/beach.raw"
+printf 'only on side B\n' > "$side_b/Notes/todo.txt"
+
+echo "== marigold sync \"Side A\" \"Side B\" (first run: each side gets what the other has)"
+"$marigold" sync "$side_a" "$side_b"
+echo "== a line added on side B, then marigold sync again"
+sleep 1
+printf 'a newer line\n' >> "$side_b/Letters/2026/hello.txt"
+"$marigold" sync "$side_a" "$side_b"
+echo "== side A now holds"
+(cd "$side_a" && find . -type f | sort)
 
 echo "== marigold doc new $demo_home/Demo.mgy"
 "$marigold" doc new "$demo_home/Demo.mgy"

@@ -41,15 +41,7 @@ std::string ProgramName() {
 
 LogWords TranslateLogWords() {
   LogWords words;
-  words.createdFolder = GLS("Created folder");
-  words.trashedFolder = GLS("Trashed folder");
-  words.deletedFolder = GLS("Deleted folder");
-  words.copiedFile = GLS("Copied file");
-  words.to = GLS("to:");
-  words.replacedFile = GLS("Replaced file:");
-  words.withTheMostRecentFile = GLS("with the most recent file:");
-  words.deletedFile = GLS("Deleted file");
-  words.trashedFile = GLS("Trashed file");
+  words.items = CopyLogWords::Localised();
   words.itemsToDo = GLS("Items to do:") + " %d";
   words.warning = GLS("Warning:");
   return words;

@@ -8,6 +8,7 @@
 
 #include "app/app_paths.h"
 #include "app/identities.h"
+#include "engine/copy_log_lines.h"
 #include "util/plist_value.h"
 
 namespace marigold {
@@ -18,17 +19,9 @@ inline constexpr const char* kBuildVersionString = "501000";
 
 // Log words the run log prints for every item, translated once at start-up.
 struct LogWords {
-  std::string createdFolder;         // "Created folder"
-  std::string trashedFolder;         // "Trashed folder"
-  std::string deletedFolder;         // "Deleted folder"
-  std::string copiedFile;            // "Copied file"
-  std::string to;                    // "to:"
-  std::string replacedFile;          // "Replaced file:"
-  std::string withTheMostRecentFile; // "with the most recent file:"
-  std::string deletedFile;           // "Deleted file"
-  std::string trashedFile;           // "Trashed file"
-  std::string itemsToDo;             // "Items to do:" followed by " %d"
-  std::string warning;               // "Warning:"
+  CopyLogWords items;     // the words of the detailed log's item lines
+  std::string itemsToDo;  // "Items to do:" followed by " %d"
+  std::string warning;    // "Warning:"
 };
 
 // Looks up every log word through GLS; call after the language table is installed.

@@ -14,6 +14,7 @@ TerminalPrompts::TerminalPrompts(bool interactive, std::FILE* in, std::FILE* out
 bool IsInteractiveTerminal() { return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1; }
 
 std::optional<std::string> TerminalPrompts::ReadLine() {
+  std::fflush(mOut);
   std::string line;
   for (int c = std::fgetc(mIn); c != EOF; c = std::fgetc(mIn)) {
     if (c == '\n') return line;

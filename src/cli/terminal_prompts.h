@@ -22,10 +22,10 @@ class TerminalPrompts : public AppPrompts {
 
   // How many alerts were shown, so a command can tell a reported failure from a silent one.
   int AlertCount() const { return mAlertCount; }
-
- private:
+  // One line typed on the terminal, without its line break; nothing at the end of input.
   std::optional<std::string> ReadLine();
 
+ private:
   bool mInteractive;
   std::FILE* mIn;
   std::FILE* mOut;

@@ -37,7 +37,7 @@ std::string ByteCountText(std::uint64_t bytes) {
 }
 
 TerminalProxy::TerminalProxy(bool interactive, bool showProgress, std::FILE* in, std::FILE* out)
-    : mInteractive(interactive), mShowProgress(showProgress), mIn(in), mOut(out) {}
+    : mInteractive(interactive), mShowProgress(showProgress), mOut(out), mPrompts(interactive, in, out) {}
 
 void TerminalProxy::ClearProgress() {
   if (!mProgressShown) return;
@@ -67,38 +67,10 @@ void TerminalProxy::PrintLines(const std::string& text) {
   std::fprintf(mOut, "%s\n", TerminalText(text).c_str());
 }
 
-std::optional<std::string> TerminalProxy::ReadLine() {
-  std::fflush(mOut);
-  std::string line;
-  for (int c = std::fgetc(mIn); c != EOF; c = std::fgetc(mIn)) {
-    if (c == '\n') return line;
-    line.push_back(static_cast<char>(c));
-  }
-  if (line.empty()) return std::nullopt;
-  return line;
-}
-
 int TerminalProxy::Alert(const AlertRequest& request) {
   std::lock_guard<std::mutex> lock(mMutex);
-  PrintLines(request.title.empty() ? request.text : request.title + " " + request.text);
-  if (!request.informative.empty()) PrintLines(request.informative);
-  int answer = 0;
-  if (mInteractive && request.buttons.size() > 1) {
-    for (;;) {
-      for (std::size_t i = 0; i < request.buttons.size(); ++i) {
-        std::fprintf(mOut, "  %zu) %s%s\n", i + 1, request.buttons[i].c_str(), i == 0 ? " (default)" : "");
-      }
-      std::fputs("> ", mOut);
-      auto line = ReadLine();
-      if (!line || line->empty()) break;
-      char* end = nullptr;
-      const long choice = std::strtol(line->c_str(), &end, 10);
-      if (end != nullptr && *end == '\0' && choice >= 1 && static_cast<std::size_t>(choice) <= request.buttons.size()) {
-        answer = static_cast<int>(choice - 1);
-        break;
-      }
-    }
-  }
+  ClearProgress();
+  const int answer = mPrompts.Alert(request);
   DrawProgress();
   return answer;
 }

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/terminal_prompts.h"
 #include "engine/appkit_proxy.h"
 
 namespace marigold {
@@ -37,13 +38,13 @@ class TerminalProxy : public AppkitProxy {
   // All with mMutex held.
   void ClearProgress();
   void DrawProgress();
-  std::optional<std::string> ReadLine();
+  std::optional<std::string> ReadLine() { return mPrompts.ReadLine(); }
   void PrintLines(const std::string& text);
 
   bool mInteractive;
   bool mShowProgress;
-  std::FILE* mIn;
   std::FILE* mOut;
+  TerminalPrompts mPrompts;  // alerts and typed answers, shared with the document commands
   std::mutex mMutex;
   bool mProgressShown = false;
   std::int64_t mItemsToDo = -1;
