@@ -90,30 +90,52 @@ bool CheckBinaryPlistShape(std::string_view bytes, int maxDepth, std::size_t max
   auto objectOffset = [&](std::uint64_t index) {
     return ReadBigEndian(bytes, static_cast<std::size_t>(tableOffset + index * offsetSize), offsetSize);
   };
+  // The object's marker and element count (the count may follow in an integer object); `at` is
+  // left on the first byte after them. False when the object lies outside the object area.
+  auto header = [&](std::uint64_t index, std::uint8_t& marker, std::uint64_t& count, std::uint64_t& at) {
+    at = objectOffset(index);
+    if (at < kHeader || at >= tableOffset) return false;
+    marker = static_cast<std::uint8_t>(bytes[at]);
+    count = marker & 0x0F;
+    ++at;
+    const std::uint8_t kind = marker >> 4;
+    if (count != 0x0F || kind < 0x4 || kind == 0x8) return true;
+    if (at >= tableOffset) return false;
+    std::uint8_t intMarker = static_cast<std::uint8_t>(bytes[at]);
+    std::size_t width = std::size_t{1} << (intMarker & 0x0F);
+    if ((intMarker >> 4) != 0x1 || width > 8 || at + 1 + width > tableOffset) return false;
+    count = ReadBigEndian(bytes, static_cast<std::size_t>(at + 1), width);
+    at += 1 + width;
+    return true;
+  };
+  // A dictionary key must be a string without NUL characters: the parser aborts on such keys.
+  auto isPlainKey = [&](std::uint64_t index) {
+    std::uint8_t marker = 0;
+    std::uint64_t count = 0, at = 0;
+    if (!header(index, marker, count, at)) return false;
+    const std::uint64_t unit = (marker >> 4) == 0x5 ? 1 : (marker >> 4) == 0x6 ? 2 : 0;
+    if (unit == 0 || count > (tableOffset - at) / unit) return false;
+    for (std::uint64_t i = 0; i < count; ++i) {
+      const std::size_t pos = static_cast<std::size_t>(at + i * unit);
+      if (bytes[pos] == '\0' && (unit == 1 || bytes[pos + 1] == '\0')) return false;
+    }
+    return true;
+  };
   // The references an array, set or dictionary holds; false when the object is damaged.
   auto children = [&](std::uint64_t index, std::vector<std::uint64_t>& refs) {
     refs.clear();
-    std::uint64_t at = objectOffset(index);
-    if (at < kHeader || at >= tableOffset) return false;
-    std::uint8_t marker = static_cast<std::uint8_t>(bytes[at]);
+    std::uint8_t marker = 0;
+    std::uint64_t count = 0, at = 0;
+    if (!header(index, marker, count, at)) return false;
     std::uint8_t kind = marker >> 4;
     if (kind != 0xA && kind != 0xC && kind != 0xD) return true;
-    std::uint64_t count = marker & 0x0F;
-    ++at;
-    if (count == 0x0F) {
-      if (at >= tableOffset) return false;
-      std::uint8_t intMarker = static_cast<std::uint8_t>(bytes[at]);
-      std::size_t width = std::size_t{1} << (intMarker & 0x0F);
-      if ((intMarker >> 4) != 0x1 || width > 8 || at + 1 + width > tableOffset) return false;
-      count = ReadBigEndian(bytes, static_cast<std::size_t>(at + 1), width);
-      at += 1 + width;
-    }
     std::uint64_t refCount = kind == 0xD ? count * 2 : count;
     if (count > tableOffset || refCount > (tableOffset - at) / refSize) return false;
     refs.reserve(static_cast<std::size_t>(refCount));
     for (std::uint64_t i = 0; i < refCount; ++i) {
       std::uint64_t ref = ReadBigEndian(bytes, static_cast<std::size_t>(at + i * refSize), refSize);
       if (ref >= objectCount) return false;
+      if (kind == 0xD && i < count && !isPlainKey(ref)) return false;
       refs.push_back(ref);
     }
     return true;

@@ -199,30 +199,26 @@ std::optional<PlistDict> ReadPlistDictFile(const std::string& path, std::string*
                                            const PlistLimits& limits) {
   struct stat st {};
   if (::stat(path.c_str(), &st) != 0) {
-    Fail(error, ErrnoText("cannot read", path));
+    Fail(error, std::strerror(errno));
     return std::nullopt;
   }
   if (!S_ISREG(st.st_mode)) {
-    Fail(error, "\"" + path + "\" is not a file");
+    Fail(error, S_ISDIR(st.st_mode) ? "it is a folder" : "it is not a file");
     return std::nullopt;
   }
   if (static_cast<std::size_t>(st.st_size) > limits.maxBytes) {
-    Fail(error, "\"" + path + "\" is too large to be a property list");
+    Fail(error, "it is too large to be a property list");
     return std::nullopt;
   }
   std::optional<std::string> bytes = ReadWholeFile(path, limits.maxBytes);
   if (!bytes) {
-    Fail(error, ErrnoText("cannot read", path));
+    Fail(error, std::strerror(errno));
     return std::nullopt;
   }
-  std::string why;
-  std::optional<PlistValue> value = ParsePlist(*bytes, &why, limits);
-  if (!value) {
-    Fail(error, "\"" + path + "\" cannot be read: " + why);
-    return std::nullopt;
-  }
+  std::optional<PlistValue> value = ParsePlist(*bytes, error, limits);
+  if (!value) return std::nullopt;
   if (!value->IsDict()) {
-    Fail(error, "\"" + path + "\" does not hold a dictionary");
+    Fail(error, "it does not hold a dictionary");
     return std::nullopt;
   }
   return std::move(*value->AsDict());

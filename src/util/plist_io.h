@@ -24,6 +24,7 @@ std::optional<PlistValue> ParsePlist(std::string_view bytes, std::string* error 
                                      const PlistLimits& limits = {});
 
 // Reads a file whose root must be a dictionary. Follows symbolic links. Never modifies the file.
+// The reason given on failure does not name the file: the caller does.
 std::optional<PlistDict> ReadPlistDictFile(const std::string& path, std::string* error = nullptr,
                                            const PlistLimits& limits = {});
 

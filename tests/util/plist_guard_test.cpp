@@ -105,6 +105,9 @@ std::string SelfInDict() { return BinaryPlist({Dict({1}, {0}), Ascii("me")}); }
 std::string ReferencePastTheEnd() { return BinaryPlist({Array({7})}); }
 std::string TopPastTheEnd() { return BinaryPlist({Ascii("x")}, 3); }
 std::string Truncated() { return SharedChain(3, 2).substr(0, 30); }
+// The parser aborts the whole program on a key with a NUL inside, so such keys never reach it.
+std::string KeyWithNul() { return BinaryPlist({Dict({1}, {2}), Ascii(std::string("k\0y", 3)), Ascii("v")}); }
+std::string KeyThatIsNoString() { return BinaryPlist({Dict({1}, {1}), Array({})}); }
 std::string HugeCount() {
   std::string lie = Container(0xA, {}, 0x7FFFFFFF);  // claims two billion elements, holds none
   return BinaryPlist({lie});
@@ -120,7 +123,9 @@ INSTANTIATE_TEST_SUITE_P(
                       HostileCase{"BinaryReferencePastTheEnd", ReferencePastTheEnd, "damaged"},
                       HostileCase{"BinaryTopPastTheEnd", TopPastTheEnd, "damaged"},
                       HostileCase{"BinaryTruncated", Truncated, "truncated"},
-                      HostileCase{"BinaryCountBeyondTheFile", HugeCount, "damaged"}),
+                      HostileCase{"BinaryCountBeyondTheFile", HugeCount, "damaged"},
+                      HostileCase{"BinaryKeyWithNul", KeyWithNul, "damaged"},
+                      HostileCase{"BinaryKeyThatIsNoString", KeyThatIsNoString, "damaged"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(PlistGuard, LimitsAreTheCallers) {
