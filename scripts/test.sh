@@ -24,7 +24,7 @@ corpus="$(mktemp -d)"
 trap 'rm -rf "$corpus"' EXIT
 cp -a tests/fuzz/corpus/. "$corpus/"
 mkdir -p build-fuzz/artifacts
-build-fuzz/tests/fuzz/marigold_document_reader_fuzz -max_total_time=30 -timeout=10 -rss_limit_mb=2048 \
+build-fuzz/tests/fuzz/marigold_document_reader_fuzz -seed=1 -max_total_time=30 -timeout=10 -rss_limit_mb=2048 \
   -artifact_prefix=build-fuzz/artifacts/ "$corpus"
 
 echo "test.sh: all tests and the fuzzer passed"
