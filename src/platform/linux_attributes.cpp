@@ -18,6 +18,7 @@ using linux_detail::ErrnoError;
 using linux_detail::RetryOnInterrupt;
 using linux_detail::StatAt;
 using linux_detail::ChildOf;
+using linux_detail::ReadFolderNames;
 
 FsResult<ItemAttributes> LinuxFileSystem::GetAttributes(const std::string& path) {
   auto at = AtPath::Resolve(path, "get attributes");
@@ -40,23 +41,18 @@ FsResult<std::vector<FolderEntry>> LinuxFileSystem::ListFolder(const std::string
     return error;
   }
 
+  auto names = ReadFolderNames(dir.get(), kOperation, path);
+  if (!names) return names.Error();
   std::vector<FolderEntry> entries;
-  for (;;) {
-    errno = 0;
-    struct dirent* d = ::readdir(dir.get());
-    if (d == nullptr) {
-      if (errno != 0) return ErrnoError(kOperation, path);
-      break;
-    }
-    std::string_view name = d->d_name;
-    if (name == "." || name == "..") continue;
-    auto attributes = StatAt(::dirfd(dir.get()), d->d_name, name, ChildOf(path, name));
+  entries.reserve(names.Value().size());
+  for (std::string& name : names.Value()) {
+    auto attributes = StatAt(::dirfd(dir.get()), name.c_str(), name, ChildOf(path, name));
     if (!attributes) {
       // Removed between the listing and the look at it: the folder no longer holds it.
       if (attributes.Error().code == ENOENT) continue;
       return attributes.Error();
     }
-    entries.push_back(FolderEntry{std::string(name), std::move(attributes).Value()});
+    entries.push_back(FolderEntry{std::move(name), std::move(attributes).Value()});
   }
   std::sort(entries.begin(), entries.end(), [](const FolderEntry& a, const FolderEntry& b) {
     return CompareItemNames(a.name, b.name) < 0;

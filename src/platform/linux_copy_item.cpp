@@ -156,17 +156,9 @@ class ItemCopier {
 
     std::unique_ptr<DIR, int (*)(DIR*)> dir(::fdopendir(::dup(in.Get())), &::closedir);
     if (!dir) return ErrnoError(kCopy, sourcePath);
-    std::vector<std::string> names;
-    for (;;) {
-      errno = 0;
-      struct dirent* d = ::readdir(dir.get());
-      if (d == nullptr) {
-        if (errno != 0) return ErrnoError(kCopy, sourcePath);
-        break;
-      }
-      std::string_view name = d->d_name;
-      if (name != "." && name != "..") names.emplace_back(name);
-    }
+    auto listed = ReadFolderNames(dir.get(), kCopy, sourcePath);
+    if (!listed) return listed.Error();
+    std::vector<std::string> names = std::move(listed).Value();
     dir.reset();
     for (const std::string& name : names) {
       std::string childSource = ChildOf(sourcePath, name);

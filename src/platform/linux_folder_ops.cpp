@@ -36,18 +36,9 @@ FsStatus RemoveTreeAt(int folderFd, const char* name, const std::string& pathFor
     return error;
   }
   // Names first, removal after: a folder changed while it is read may skip entries.
-  std::vector<std::string> names;
-  for (;;) {
-    errno = 0;
-    struct dirent* d = ::readdir(dir.get());
-    if (d == nullptr) {
-      if (errno != 0) return ErrnoError(kOperation, pathForErrors);
-      break;
-    }
-    std::string_view child = d->d_name;
-    if (child != "." && child != "..") names.emplace_back(child);
-  }
-  for (const std::string& child : names) {
+  auto names = ReadFolderNames(dir.get(), kOperation, pathForErrors);
+  if (!names) return names.Error();
+  for (const std::string& child : names.Value()) {
     FsStatus removed = RemoveTreeAt(::dirfd(dir.get()), child.c_str(),
                                     ChildOf(pathForErrors, child), openFolders);
     if (!removed && removed.Error().code != ENOENT) return removed;

@@ -34,6 +34,21 @@ std::string ChildOf(const std::string& folder, std::string_view name) {
   return path;
 }
 
+FsResult<std::vector<std::string>> ReadFolderNames(DIR* folder, std::string_view operation,
+                                                   const std::string& pathForErrors) {
+  std::vector<std::string> names;
+  for (;;) {
+    errno = 0;
+    struct dirent* d = ::readdir(folder);
+    if (d == nullptr) {
+      if (errno != 0) return ErrnoError(operation, pathForErrors);
+      return names;
+    }
+    std::string_view name = d->d_name;
+    if (name != "." && name != "..") names.emplace_back(name);
+  }
+}
+
 std::string FdPath(int fd) { return "/proc/self/fd/" + std::to_string(fd); }
 
 std::string AtPath::ProcPath() const {

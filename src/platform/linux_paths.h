@@ -2,12 +2,14 @@
 // relative to an open folder, and the one statx call that describes an item.
 #pragma once
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/fs_result.h"
 #include "platform/item_attributes.h"
@@ -77,6 +79,10 @@ FsStatus RemoveTreeAt(int folderFd, const char* name, const std::string& pathFor
 
 // `folder` + "/" + `name`, without doubling a trailing "/".
 std::string ChildOf(const std::string& folder, std::string_view name);
+
+// Every name an open folder holds except "." and "..", in the order the folder gives them.
+FsResult<std::vector<std::string>> ReadFolderNames(DIR* folder, std::string_view operation,
+                                                   const std::string& pathForErrors);
 
 // "/proc/self/fd/N": a path naming what an open descriptor names.
 std::string FdPath(int fd);
