@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake pkg-config
+  build-essential cmake pkg-config ccache
   libplist-dev libicu-dev libglib2.0-dev libcurl4-openssl-dev libacl1-dev libtiff-dev
   libfmt-dev libcli11-dev libgtest-dev qt6-base-dev python3-aiosmtpd
   clang libclang-rt-14-dev rsync attr acl python3

@@ -20,7 +20,9 @@ RunDriver::RunDriver(PlistDict& document, const PlistDict& preferences, FileSyst
       mContext{mState, fs, proxy, services, mErrors, preferences},
       mScanner(mContext),
       mExecutor(mContext),
-      mRefresher(proxy, mState.tallies) {}
+      mRefresher(proxy, mState.tallies) {
+  services.Bind(mContext);
+}
 
 void RunDriver::SetErrorObserver(std::function<void(const std::string&)> observer) {
   mErrors.SetErrorObserver(std::move(observer));

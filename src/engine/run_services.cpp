@@ -4,6 +4,8 @@
 
 namespace marigold {
 
+void RunServices::Bind(EngineContext&) {}
+void RunServices::SessionStarts(RunState&, const PlistDict&) {}
 bool RunServices::FoldersAreValid(RunState&, const std::string&, const std::string&, int) { return true; }
 void RunServices::MakeItemsToDontCopyList(RunState&) {}
 int RunServices::CheckPrivilegesOnFiles(RunState&, const std::string&, const std::string&, int) { return 0; }

@@ -17,10 +17,18 @@
 namespace marigold {
 
 struct RunState;
+struct EngineContext;
 
 class RunServices {
  public:
   virtual ~RunServices() = default;
+
+  // The run driver hands over its context (file system, proxy, error path, preferences) once,
+  // when it is built; implementations that report errors or talk to the console keep it.
+  virtual void Bind(EngineContext& context);
+  // A session's scan or copy begins: its executive lists (filters, exclusions) are rebuilt from
+  // `session`. Called with the session's switches already read into state.session.
+  virtual void SessionStarts(RunState& state, const PlistDict& session);
 
   // --- validation and privileges ----------------------------------------------------------
   // The task's main folders can be processed together; may rewrite state.gSourceFolder/gDestFolder

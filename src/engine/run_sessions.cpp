@@ -174,6 +174,7 @@ void RunDriver::PurgeBeforeScanAndCopyOneSession(std::int64_t index) {
   ReadSessionSwitches(*session, mState.session);
   ReadTaskSettings(*session, mState.session);
   ReadConflictRules(*session, mState.session);
+  mContext.services.SessionStarts(mState, *session);
 }
 
 void RunDriver::PurgeAfterScanOneSession(std::int64_t index) {
