@@ -171,7 +171,7 @@ void RunDriver::PurgeAfterWholeSyncBackup() {
         s.gGlobalError += errors;
         // After a Stop the index and the dates would claim a run that did not finish; a dry run
         // claims nothing.
-        if (s.mUserPressedStop || mDryRun) continue;
+        if (s.mUserPressedStop || mDryRun || record->GetInt("taskSkipped") != 0) continue;
         s.gSourceFolder = record->GetString("gSourceFolder");
         s.gDestFolder = record->GetString("gDestFolder");
         // The record carries what the index needs: "addToExactIndexArray" and

@@ -4,6 +4,7 @@
 
 #include "app/document_model.h"
 #include "engine/copy_mode.h"
+#include "engine/empty_root_guard.h"
 #include "engine/privilege_messages.h"
 #include "engine/run_driver.h"
 #include "engine/session_switches.h"
@@ -120,6 +121,7 @@ bool RunDriver::ScanOneTask(std::int64_t sessionIndex, std::int64_t taskIndex) {
       // rights are usually the destination's (it is written), a lock the source's.
       mErrors.RecordItemError({PrivilegeProblemText(problem, problem == 1 ? s.gDestFolder : s.gSourceFolder)});
       PurgeAfterScanOneTask(taskIndex);
+      mLogTaskArray.back().AsDict()->Set("taskSkipped", 1);
       return true;
     }
   }
@@ -135,6 +137,12 @@ bool RunDriver::ScanOneTask(std::int64_t sessionIndex, std::int64_t taskIndex) {
   mContext.services.MakeItemsToDontCopyList(s);
 
   const bool result = mScanner.ScanSingleFolder(tree.root, s.gSourceFolder, s.gDestFolder, true);
+  if (result && !tree.root.subItems.empty() && !EmptyRootAllowsTask(mContext, mErrors, tree)) {
+    // Neither the index nor the roots' backup dates may record a side that was not really there.
+    PurgeAfterScanOneTask(taskIndex);
+    mLogTaskArray.back().AsDict()->Set("taskSkipped", 1);
+    return true;
+  }
   if (result && !tree.root.subItems.empty()) {
     const int rootMode = tree.root.copyMode;
     s.runTaskTrees.push_back(std::move(tree));
