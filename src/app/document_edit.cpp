@@ -233,14 +233,22 @@ bool SetKeyPath(PlistDict& base, const PlistDict& model, std::string_view keyPat
   return true;
 }
 
-bool ApplyAssignment(PlistDict& document, std::int64_t sessionIndex, std::string_view assignment, std::string& error) {
+bool SplitAssignment(std::string_view assignment, std::string_view& keyPath, std::string_view& text,
+                     std::string& error) {
   const std::size_t equals = assignment.find('=');
   if (equals == std::string_view::npos || equals == 0) {
     error = "an assignment is KEYPATH=VALUE, not " + Quoted(assignment);
     return false;
   }
-  const std::string_view keyPath = assignment.substr(0, equals);
-  const std::string_view text = assignment.substr(equals + 1);
+  keyPath = assignment.substr(0, equals);
+  text = assignment.substr(equals + 1);
+  return true;
+}
+
+bool ApplyAssignment(PlistDict& document, std::int64_t sessionIndex, std::string_view assignment, std::string& error) {
+  std::string_view keyPath;
+  std::string_view text;
+  if (!SplitAssignment(assignment, keyPath, text, error)) return false;
   if (IsDocumentKeyPath(keyPath)) {
     if (keyPath == "fileVersion") {
       error = "\"fileVersion\" cannot be set: every write stamps the current version";

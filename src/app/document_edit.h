@@ -38,6 +38,10 @@ std::string ValueText(const PlistValue& value);
 bool SetKeyPath(PlistDict& base, const PlistDict& model, std::string_view keyPath, std::string_view text,
                 std::string& error);
 
+// Splits "KEYPATH=VALUE" at its first "="; false with `error` when there is no key path.
+bool SplitAssignment(std::string_view assignment, std::string_view& keyPath, std::string_view& text,
+                     std::string& error);
+
 // Applies "KEYPATH=VALUE" to `document`: a session path to the session at `sessionIndex`, a
 // document path to the root. fileVersion is refused (every write stamps it).
 bool ApplyAssignment(PlistDict& document, std::int64_t sessionIndex, std::string_view assignment, std::string& error);

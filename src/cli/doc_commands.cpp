@@ -62,7 +62,10 @@ int DocSet(MainApp& app, const DocCommandArgs& args) {
   std::int64_t index = -1;
   bool needsSession = args.SessionGiven();
   for (const std::string& assignment : args.assignments) {
-    needsSession = needsSession || !IsDocumentKeyPath(assignment.substr(0, assignment.find('=')));
+    std::string_view keyPath;
+    std::string_view text;
+    if (!SplitAssignment(assignment, keyPath, text, error)) return Refuse(error);
+    needsSession = needsSession || !IsDocumentKeyPath(keyPath);
   }
   if (needsSession) {
     const std::optional<std::int64_t> chosen = ChosenSession(edited, args, error);
@@ -110,11 +113,11 @@ void AddDocEditCommands(CLI::App* doc, DocCommandArgs& args) {
   session->require_subcommand(1);
   args.sessionAdd = session->add_subcommand("add", "Append a new synchronisation session and select it");
   args.sessionAdd->add_option("FILE", args.file, "The document")->required();
-  args.sessionAdd->add_option("NAME", args.name, "Its name (default: \"Session N\")");
+  args.sessionAdd->add_option("NAME", args.addName, "Its name (default: \"Session N\")");
   args.sessionDuplicate = session->add_subcommand("duplicate", "Append a copy of a session and select it");
   args.sessionDuplicate->add_option("FILE", args.file, "The document")->required();
   args.sessionDuplicate->add_option("NAME", args.name, "The session to copy")->required();
-  args.sessionDuplicate->add_option("NEWNAME", args.newName, "The copy's name (default: \"Copy N of NAME\")");
+  args.sessionDuplicate->add_option("NEWNAME", args.copyName, "The copy's name (default: \"Copy N of NAME\")");
   args.sessionRename = session->add_subcommand("rename", "Rename a session and select it");
   args.sessionRename->add_option("FILE", args.file, "The document")->required();
   args.sessionRename->add_option("NAME", args.name, "The session to rename")->required();

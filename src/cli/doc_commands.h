@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,8 +29,10 @@ struct DocCommandArgs {
   CLI::Option* setSessionOption = nullptr;
   std::string keyPath;                   // get
   std::vector<std::string> assignments;  // set: KEYPATH=VALUE
-  std::string name;                      // the session a session command acts on, or add's name
-  std::string newName;
+  std::string name;                      // the session a session command acts on
+  std::string newName;                   // rename's new name
+  std::optional<std::string> addName;    // nothing: the proposed "Session N"
+  std::optional<std::string> copyName;   // nothing: the proposed "Copy N of NAME"
   bool allButFirst = false;
 
   bool Chosen() const;

@@ -25,7 +25,7 @@ int DocSessionCommand(MainApp& app, TerminalPrompts& prompts, const DocCommandAr
   SessionCommandResult result;
   std::string printedName;
   if (args.sessionAdd->parsed()) {
-    printedName = args.name.empty() ? ProposedNewSessionName(document) : args.name;
+    printedName = args.addName.value_or(ProposedNewSessionName(document));
     result = NewSession(document, printedName);
   } else if (args.allButFirst) {
     result = RemoveSession(document, 0, true);
@@ -33,7 +33,7 @@ int DocSessionCommand(MainApp& app, TerminalPrompts& prompts, const DocCommandAr
     const std::optional<std::int64_t> index = NamedSession(document, args.name);
     if (!index) return kExitBadInput;
     if (args.sessionDuplicate->parsed()) {
-      printedName = args.newName.empty() ? ProposedDuplicateName(document, *index) : args.newName;
+      printedName = args.copyName.value_or(ProposedDuplicateName(document, *index));
       result = DuplicateSession(document, *index, printedName);
     } else if (args.sessionRename->parsed()) {
       result = RenameSession(document, *index, args.newName);
@@ -50,7 +50,7 @@ int DocSessionCommand(MainApp& app, TerminalPrompts& prompts, const DocCommandAr
   store.SetMainDict(std::move(document));
   if (!store.WriteFileSession(args.file)) return kExitFailed;
   // A name the command chose is the only way to learn it.
-  if (!printedName.empty()) std::printf("%s\n", printedName.c_str());
+  if (args.sessionAdd->parsed() || args.sessionDuplicate->parsed()) std::printf("%s\n", printedName.c_str());
   return kExitOk;
 }
 
