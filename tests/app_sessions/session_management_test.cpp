@@ -105,18 +105,6 @@ TEST(SessionCommands, RefusalsChangeNothing) {
   EXPECT_EQ(SessionCount(single), 1);
 }
 
-TEST(SessionCommands, RenameToItsOwnNameChangesNothing) {
-  PlistDict root = DocumentWith(3);
-  root.Set("sessionIndex", 0);
-  const SessionCommandResult same = RenameSession(root, 2, "S3");
-  EXPECT_TRUE(same.ok);
-  EXPECT_FALSE(same.changed);
-  const SessionCommandResult renamed = RenameSession(root, 2, "Work");
-  EXPECT_TRUE(renamed.changed);
-  EXPECT_EQ(renamed.selectedIndex, 2);
-  EXPECT_EQ(Names(root), (std::vector<std::string>{"S1", "S2", "Work"}));
-}
-
 TEST(SessionCommands, RemoveKeepsTheSelectionOnASession) {
   PlistDict root = DocumentWith(5);
   SessionCommandResult allButFirst = RemoveSession(root, 3, true);
@@ -186,16 +174,6 @@ TEST(SortSheet, DeletingEveryRowIsRefusedAndAppliedOrderFollowsTheSelection) {
   EXPECT_EQ(ApplySortedSessions(gone, PlistArray{(*gone.GetArray("sessionsArray"))[2],
                                                  (*gone.GetArray("sessionsArray"))[1]}),
             1);
-}
-
-TEST(SessionLookup, NamesFindSessionsAndTheAllSessionsEntry) {
-  PlistDict root = DocumentWith(2);
-  EXPECT_EQ(FindSessionIndex(root, "S2"), 1);
-  EXPECT_EQ(FindSessionIndex(root, "All Sessions"), 3);
-  EXPECT_EQ(FindSessionIndex(root, "s2"), std::nullopt);
-  // A session may be called like the entry in a document made elsewhere; the session wins.
-  GetSessionDict(root, 0)->GetDict("consoleDict")->Set("sessionName", "All Sessions");
-  EXPECT_EQ(FindSessionIndex(root, "All Sessions"), 0);
 }
 
 }  // namespace
