@@ -33,7 +33,7 @@ int DocNew(MainApp& app, const std::string& path, bool force) {
   return store.WriteFileSession(path) ? kExitOk : kExitFailed;
 }
 
-int DocShow(MainApp& app, TerminalPrompts& prompts, const std::string& path) {
+int ReadDocumentForCommand(MainApp& app, TerminalPrompts& prompts, const std::string& path) {
   // The store refuses damaged files silently (as the desktop program does at launch); a command
   // line user needs to know why, so the reasons are found here first.
   struct stat st {};
@@ -47,11 +47,16 @@ int DocShow(MainApp& app, TerminalPrompts& prompts, const std::string& path) {
     return Refuse(path, "it has no fileVersion, so it is not a Marigold document");
 
   int alertsBefore = prompts.AlertCount();
-  DocumentStore& store = app.store();
-  if (!store.ReadDocumentFile(path)) {
+  if (!app.store().ReadDocumentFile(path)) {
     if (prompts.AlertCount() > alertsBefore) return kExitBadInput;
     return Refuse(path, "it is not a Marigold document that this version can read");
   }
+  return kExitOk;
+}
+
+int DocShow(MainApp& app, TerminalPrompts& prompts, const std::string& path) {
+  if (int status = ReadDocumentForCommand(app, prompts, path); status != kExitOk) return status;
+  DocumentStore& store = app.store();
   // Printed as saving would write it: the upgraded content carries the current version.
   PlistDict shown = store.mainDict();
   shown.Set("fileVersion", kFileVersion);

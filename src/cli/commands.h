@@ -15,6 +15,9 @@ inline constexpr int kExitBadInput = 2;
 
 // Writes a new document (two default sessions) to `path`. Refuses an existing path unless `force`.
 int DocNew(MainApp& app, const std::string& path, bool force);
+// Reads `path` into the store's main dictionary and upgrades it; on failure says why on standard
+// error (naming the file) and returns kExitBadInput.
+int ReadDocumentForCommand(MainApp& app, TerminalPrompts& prompts, const std::string& path);
 // Reads `path`, upgrades it, and prints it as an XML property list on standard output.
 int DocShow(MainApp& app, TerminalPrompts& prompts, const std::string& path);
 // Prints the preferences as an XML property list, the mail account readable with its password

@@ -7,6 +7,7 @@
 #include "app/main_app.h"
 #include "app/startup.h"
 #include "cli/commands.h"
+#include "cli/doc_commands.h"
 #include "cli/run_commands.h"
 #include "cli/terminal_prompts.h"
 
@@ -36,6 +37,8 @@ int main(int argc, char** argv) {
   docNew->add_flag("--force", args.force, "Replace FILE when it exists");
   CLI::App* docShow = doc->add_subcommand("show", "Read a document, upgrade it, print it as XML");
   docShow->add_option("FILE", args.file, "The document to read")->required();
+  DocCommandArgs docArgs;
+  AddDocEditCommands(doc, docArgs);
 
   CLI::App* prefs = cli.add_subcommand("prefs", "Work with the preferences");
   prefs->require_subcommand(1);
@@ -68,6 +71,7 @@ int main(int argc, char** argv) {
   if (*docNew) return DocNew(app, args.file, args.force);
   if (*docShow) return DocShow(app, prompts, args.file);
   if (*prefsShow) return PrefsShow(app);
+  if (docArgs.Chosen()) return ExecuteDocEditCommand(app, prompts, docArgs);
   if (runArgs.Chosen()) return ExecuteRunCommand(app, runArgs);
   return kExitOk;
 }
