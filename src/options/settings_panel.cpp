@@ -161,7 +161,8 @@ void SettingsPanel::SetPanels(const PlistDict& settings, std::int64_t sessionInd
 }
 
 PlistDict SettingsPanel::CurrentSettingsDict() const {
-  PlistDict settings{{"settTask", mTask}};
+  // Starting from the defaults keeps the keys in the order every new document has.
+  PlistDict settings = DefaultSettingsDict(mTask);
   for (const SettingsBox& box : SettingsBoxes())
     settings.Set(StoredKey(box.key), ValueFromBoxState(box.key, BoxState(box.key)));
   settings.Set("settCreateDestFolderNameKind", mNameKind);
