@@ -5,19 +5,11 @@
 #include "app/document_model.h"
 #include "options/settings_log.h"
 #include "options/settings_panel.h"
+#include "fixed_naming.h"
 #include "util/quillon_additions.h"
 
 namespace marigold {
 namespace {
-
-SubFolderNaming Fixed() {
-  SubFolderNaming naming;
-  naming.now = DateFromUnixSeconds(1709647629);  // Tuesday 5 March 2024, 14:07:09 UTC
-  naming.localeName = "en_US";
-  naming.timeZoneId = "UTC";
-  naming.startupVolumeName = [] { return std::string("System Disk"); };
-  return naming;
-}
 
 TEST(SettingsIcon, LightsOnlyForChangesThatMatter) {
   PlistDict session = DefaultSessionDict(2, "Backup");

@@ -4,22 +4,11 @@
 #include "app/document_model.h"
 #include "engine/run_state.h"
 #include "options/sub_folder_name.h"
+#include "fixed_naming.h"
 #include "util/quillon_additions.h"
 
 namespace marigold {
 namespace {
-
-// Tuesday 5 March 2024, 14:07:09 UTC.
-const PlistDate kMarch5 = DateFromUnixSeconds(1709647629);
-
-SubFolderNaming Fixed(std::string locale = "en_US", std::string zone = "UTC") {
-  SubFolderNaming naming;
-  naming.now = kMarch5;
-  naming.localeName = std::move(locale);
-  naming.timeZoneId = std::move(zone);
-  naming.startupVolumeName = [] { return std::string("System Disk"); };
-  return naming;
-}
 
 struct NameCase {
   const char* name;
