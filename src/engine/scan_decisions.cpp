@@ -190,7 +190,7 @@ Decision DecideOneSide(const ItemSide& item, bool onSideA, bool isDSStore, bool 
 }
 
 int AttrChangedMode(int mode, const ItemSide& a, const ItemSide& b, bool namesDiffer, bool includeNames,
-                    bool isSync, std::int64_t delta) {
+                    bool isSync, std::int64_t delta, bool compareOwners) {
   if (!a.present || !b.present) return mode;
   const std::int64_t tolerance = std::max<std::int64_t>(delta, 2);
   auto compare = [&](std::int64_t timeA, std::int64_t timeB) {
@@ -200,7 +200,9 @@ int AttrChangedMode(int mode, const ItemSide& a, const ItemSide& b, bool namesDi
     if (isSync && -d > tolerance) return static_cast<int>(kCopyModeMetadataBToA);
     return mode;
   };
-  mode = compare(a.statusChanged, b.statusChanged);
+  const bool attributesDiffer =
+      a.permissions != b.permissions || (compareOwners && (a.uid != b.uid || a.gid != b.gid));
+  if (attributesDiffer) mode = compare(a.statusChanged, b.statusChanged);
   const bool metadata = mode == kCopyModeMetadataAToB || mode == kCopyModeMetadataBToA;
   if (includeNames && !metadata && namesDiffer) mode = compare(a.accessed, b.accessed);
   return mode;

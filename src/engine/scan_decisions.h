@@ -22,6 +22,10 @@ struct ItemSide {
   std::int64_t modified = 0;
   std::int64_t statusChanged = 0;
   std::int64_t accessed = 0;
+  // What a metadata copy can carry; the status-change time itself can never be set.
+  std::uint32_t permissions = 0;
+  std::uint32_t uid = 0;
+  std::uint32_t gid = 0;
   // Reading a backup date costs a system call per item, so it is read only when a rule needs it.
   bool backupDateRead = false;
   std::optional<std::int64_t> backupDate;
@@ -103,11 +107,14 @@ Decision DecideFileAgainstFolder(const ItemSide& a, const ItemSide& b, int mode,
 Decision DecideOneSide(const ItemSide& item, bool onSideA, bool isDSStore, bool wasOnOtherSide,
                        int folderMode, const ScanRules& rules);
 
-// Attribute changes: status-change times (and, when `includeNames` and the names differ in case,
-// access times) apart by more than max(delta, 2) seconds turn `mode` into 8, or 9 in a
-// synchronisation when B's is the later. Missing items leave `mode` as it is.
+// Attribute changes: when the items' permissions (and, with `compareOwners`, their owners)
+// differ, status-change times apart by more than max(delta, 2) seconds turn `mode` into 8, or 9
+// in a synchronisation when B's is the later; when `includeNames` and the names differ in case,
+// access times apart by as much do the same. Status times alone never count: a metadata copy
+// cannot make them agree, so the items would be copied back and forth on every run. Missing
+// items leave `mode` as it is.
 int AttrChangedMode(int mode, const ItemSide& a, const ItemSide& b, bool namesDiffer, bool includeNames,
-                    bool isSync, std::int64_t delta);
+                    bool isSync, std::int64_t delta, bool compareOwners);
 
 // What is known, after its walk, about the items of a folder that was to be deleted (mode 6 or 7).
 struct FolderSurvivors {

@@ -27,6 +27,9 @@ ItemSide SideOf(const ItemAttributes& attributes, bool isFolder) {
   side.modified = attributes.modificationTime.seconds;
   side.statusChanged = attributes.statusTime.seconds;
   side.accessed = attributes.accessTime.seconds;
+  side.permissions = attributes.mode;
+  side.uid = attributes.uid;
+  side.gid = attributes.gid;
   return side;
 }
 
@@ -168,7 +171,8 @@ void Scanner::CheckAttrChanged(const std::string& source, const std::string& des
   if (!a || !b) return;
   const bool namesDiffer = LastPathComponent(source) != LastPathComponent(dest);
   copyMode = AttrChangedMode(copyMode, SideOf(a.Value(), false), SideOf(b.Value(), false), namesDiffer,
-                             includeNames, mContext.state.session.gIsSyncOn, mContext.state.gModificationDelta);
+                             includeNames, mContext.state.session.gIsSyncOn, mContext.state.gModificationDelta,
+                             mContext.state.mEuidIsRoot);
 }
 
 void Scanner::CountAdded(const ScanNode& child) {
@@ -275,10 +279,12 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
       const bool namesDiffer = name != nameB;
       if (isFolderA && isFolderB) {
         if (s.gCheckAttrChanged)
-          mode = AttrChangedMode(mode, sideA, sideB, namesDiffer, true, s.gIsSyncOn, mRules.modificationDelta);
+          mode = AttrChangedMode(mode, sideA, sideB, namesDiffer, true, s.gIsSyncOn, mRules.modificationDelta,
+                                state.mEuidIsRoot);
       } else {
         if (s.gCheckAttrChanged && mode == kCopyModeSkip)
-          mode = AttrChangedMode(mode, sideA, sideB, namesDiffer, true, s.gIsSyncOn, mRules.modificationDelta);
+          mode = AttrChangedMode(mode, sideA, sideB, namesDiffer, true, s.gIsSyncOn, mRules.modificationDelta,
+                                state.mEuidIsRoot);
         mode = Settle(DecideFileAgainstFolder(sideA, sideB, mode, mRules), a, b);
       }
     } else {

@@ -176,12 +176,17 @@ PlistDate DateByAddingYears(PlistDate date, int years, int months, int days, int
   return U_FAILURE(status) ? date : DateFromUDate(result);
 }
 
-std::string StringWithFormat(PlistDate date, std::string_view pattern) {
+std::string StringWithFormat(PlistDate date, std::string_view pattern) { return StringWithFormat(date, pattern, "", ""); }
+
+std::string StringWithFormat(PlistDate date, std::string_view pattern, const std::string& localeName,
+                             const std::string& timeZoneId) {
   UErrorCode status = U_ZERO_ERROR;
   const icu::UnicodeString icuPattern =
       icu::UnicodeString::fromUTF8(icu::StringPiece(pattern.data(), static_cast<std::int32_t>(pattern.size())));
-  icu::SimpleDateFormat format(icuPattern, icu::Locale::getDefault(), status);
+  const icu::Locale locale = localeName.empty() ? icu::Locale::getDefault() : icu::Locale(localeName.c_str());
+  icu::SimpleDateFormat format(icuPattern, locale, status);
   if (U_FAILURE(status)) return "";
+  if (!timeZoneId.empty()) format.adoptTimeZone(icu::TimeZone::createTimeZone(timeZoneId.c_str()));
   icu::UnicodeString text;
   format.format(UDateFromDate(date), text);
   std::string out;

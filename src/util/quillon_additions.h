@@ -49,6 +49,10 @@ PlistDate DateByAddingYears(PlistDate date, int years, int months, int days, int
                             int seconds);
 // Formats with a Unicode date pattern ("EEEE, MMMM dd, yyyy - HH:mm:ss") in the user's locale.
 std::string StringWithFormat(PlistDate date, std::string_view pattern);
+// The same in a named locale ("fr_FR") and time zone ("Europe/Paris"); an empty name stands for
+// the user's. "" when the pattern is not valid.
+std::string StringWithFormat(PlistDate date, std::string_view pattern, const std::string& localeName,
+                             const std::string& timeZoneId);
 // Parses local time with a strptime format ("%d %m %Y, %H:%M"); nothing when it does not match.
 std::optional<PlistDate> DateFromStrptime(std::string_view text, const char* format);
 

@@ -1,6 +1,7 @@
 // The walk around the decisions: dates, packages, empty folders, survivors of deleted folders,
 // counters, questions, errors and the items a scan must leave alone.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "platform/fault_file_system.h"
 #include "scan_test_support.h"
@@ -277,6 +278,9 @@ TEST(Scan, AttributeChangesBecomeMetadataCopies) {
   TweakedFileSystem fs;
   fs.statusShift[a / "f"] = 100;  // A's attributes changed later than B's
   fs.statusShift[a / "d"] = -100;
+  // Only attributes a metadata copy can set count, so they must differ too.
+  ::chmod((a / "f").c_str(), 0600);
+  ::chmod((a / "d").c_str(), 0700);
   ScanHarness h{TaskKind::kSync, &fs};
   h.state.session.gCheckAttrChanged = true;
   ASSERT_TRUE(h.Scan(a.Path(), b.Path()));

@@ -1,0 +1,215 @@
+// Each task setting seen through a real run on real trees: what reaches the other side, what is
+// left alone, what goes to the trash, and the dated sub-folder.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "app/document_model.h"
+#include "engine/scan_decisions.h"
+#include "engine_run/run_harness.h"
+#include "options/sub_folder_name.h"
+#include "platform/platform_test_support.h"
+#include "util/quillon_additions.h"
+
+namespace marigold::run_test {
+namespace {
+
+using trees::Tree;
+constexpr std::int64_t T = 1'700'000'000;
+
+// GIO reads HOME and XDG_DATA_HOME once per process: they point at a temporary home before any
+// test can reach the trash.
+class TrashHome : public ::testing::Environment {
+ public:
+  void SetUp() override {
+    mHome = std::make_unique<TempFolder>();
+    ::setenv("HOME", mHome->Path().c_str(), 1);
+    ::setenv("XDG_DATA_HOME", mHome->Join("data").c_str(), 1);
+  }
+  void TearDown() override { mHome.reset(); }
+  static std::string Trash() { return std::string(std::getenv("XDG_DATA_HOME")) + "/Trash/files"; }
+
+ private:
+  std::unique_ptr<TempFolder> mHome;
+};
+[[maybe_unused]] ::testing::Environment* const kTrashHome = ::testing::AddGlobalTestEnvironment(new TrashHome);
+
+void Set(RunHarness& h, const char* key, PlistValue value) {
+  GetSessionDict(h.document, 0)->GetDict("settingsDict")->Set(key, std::move(value));
+}
+
+// A session with one setting changed, run once from A to B.
+struct SettingCase {
+  const char* name;
+  int task;  // 1 synchronise, 2 back up
+  const char* key;
+  std::int64_t value;
+  Tree a, b;
+  Tree wantA, wantB;
+};
+
+class SettingTakesEffect : public ::testing::TestWithParam<SettingCase> {};
+
+TEST_P(SettingTakesEffect, OnARealRun) {
+  const SettingCase& c = GetParam();
+  RunHarness h;
+  trees::Build(h.A(), c.a);
+  trees::Build(h.B(), c.b);
+  h.document = MakeDocument({{h.A(), h.B(), c.task}});
+  Set(h, c.key, c.value);
+  h.Run();
+  EXPECT_EQ(h.Task(0, 0).GetInt("gTotError"), 0);
+  EXPECT_EQ(trees::Read(h.A()), c.wantA);
+  EXPECT_EQ(trees::Read(h.B()), c.wantB);
+}
+
+const Tree kWithInvisible = {{".hidden", "h"}, {".config/", ""}, {".config/x", "x"}, {"seen", "s"}};
+const Tree kEmptyFolders = {{"empty/", ""}, {"onlyDS/", ""}, {"onlyDS/.DS_Store", "d"}, {"full/", ""},
+                            {"full/f", "f"}};
+
+INSTANTIATE_TEST_SUITE_P(
+    Settings, SettingTakesEffect,
+    ::testing::Values(
+        SettingCase{"InvisibleItemsStayWhereTheyAre", 1, "settInvisibleItems", 0, kWithInvisible, {{".b", "b"}},
+                    kWithInvisible, {{".b", "b"}, {"seen", "s"}}},
+        SettingCase{"InvisibleItemsTakePartByDefault", 1, "settInvisibleItems", 1, kWithInvisible, {{".b", "b"}},
+                    {{".hidden", "h"}, {".config/", ""}, {".config/x", "x"}, {"seen", "s"}, {".b", "b"}},
+                    {{".hidden", "h"}, {".config/", ""}, {".config/x", "x"}, {"seen", "s"}, {".b", "b"}}},
+        SettingCase{"EmptyFoldersAreNotCreated", 2, "settSkipEmptyFolders", 1, kEmptyFolders, {}, kEmptyFolders,
+                    {{"full/", ""}, {"full/f", "f"}}},
+        SettingCase{"EmptyFoldersAreCreatedByDefault", 2, "settSkipEmptyFolders", 0, kEmptyFolders, {},
+                    kEmptyFolders, kEmptyFolders}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(SettingNewItemsOnly, CopiesOnlyWhatTheOtherSideLacks) {
+  RunHarness h;
+  trees::Build(h.A(), {{"both", "newer"}, {"d/", ""}, {"d/both", "newer"}, {"d/new", "n"}});
+  trees::Build(h.B(), {{"both", "older"}, {"d/", ""}, {"d/both", "older"}});
+  for (const char* item : {"both", "d/both"}) {
+    trees::SetModified(h.A(item), T + 100);
+    trees::SetModified(h.B(item), T);
+  }
+  h.document = MakeDocument({{h.A(), h.B(), 2}});
+  Set(h, "settNewItemsOnly", 1);
+  h.Run();
+  EXPECT_EQ(trees::Read(h.B()), (Tree{{"both", "older"}, {"d/", ""}, {"d/both", "older"}, {"d/new", "n"}}));
+}
+
+TEST(SettingPackagesFolders, PackagesAreWalkedButApplicationsStayWhole) {
+  for (int asFolders : {0, 1}) {
+    SCOPED_TRACE(asFolders);
+    RunHarness h;
+    trees::Build(h.A(), {{"Doc.bundle/", ""}, {"Doc.bundle/inner", "new"}, {"Tool.app/", ""}, {"Tool.app/bin", "new"}});
+    trees::Build(h.B(), {{"Doc.bundle/", ""}, {"Doc.bundle/inner", "old"}, {"Doc.bundle/onlyB", "b"},
+                         {"Tool.app/", ""}, {"Tool.app/bin", "old"}, {"Tool.app/onlyB", "b"}});
+    for (const char* item : {"Doc.bundle/inner", "Tool.app/bin", "Doc.bundle", "Tool.app"}) {
+      trees::SetModified(h.A(item), T + 100);
+      trees::SetModified(h.B(item), T);
+    }
+    h.document = MakeDocument({{h.A(), h.B(), 2}});
+    Set(h, "settPackagesFolders", asFolders);
+    h.Run();
+    EXPECT_EQ(h.Task(0, 0).GetInt("gTotError"), 0);
+    // A package copied whole loses what only B held; a walked one keeps it (a plain backup).
+    Tree want = {{"Doc.bundle/", ""}, {"Doc.bundle/inner", "new"}, {"Tool.app/", ""}, {"Tool.app/bin", "new"}};
+    if (asFolders == 1) want["Doc.bundle/onlyB"] = "b";
+    EXPECT_EQ(trees::Read(h.B()), want);
+  }
+}
+
+TEST(SettingMoveToTrash, RemovedItemsGoToTheTrashAndAreCounted) {
+  RunHarness h;
+  trees::Build(h.A(), {{"keep", "k"}});
+  trees::Build(h.B(), {{"keep", "k"}, {"gone.txt", "g"}, {"olddir/", ""}, {"olddir/inner.txt", "i"}});
+  h.document = MakeDocument({{h.A(), h.B(), 2, true}});
+  Set(h, "settMoveToTrash", 1);
+  RunDriver& run = h.Run();
+  EXPECT_EQ(h.Task(0, 0).GetInt("gTotError"), 0);
+  EXPECT_EQ(trees::Read(h.B()), (Tree{{"keep", "k"}}));
+  EXPECT_EQ(h.temp.ReadFile(TrashHome::Trash() + "/gone.txt"), "g");
+  EXPECT_EQ(h.temp.ReadFile(TrashHome::Trash() + "/olddir/inner.txt"), "i");
+  EXPECT_EQ(run.copyTotals().FilesTrashed, 2);
+  EXPECT_EQ(run.copyTotals().FoldersTrashed, 1);
+  EXPECT_EQ(run.copyTotals().FilesDeleted + run.copyTotals().FoldersDeleted, 0);
+  const std::string log = h.Task(0, 0).GetString("gDetailedLogText");
+  EXPECT_NE(log.find("Trashed file \"" + h.B("gone.txt") + "\""), std::string::npos) << log;
+  EXPECT_NE(log.find("Trashed folder \"" + h.B("olddir") + "\""), std::string::npos) << log;
+  EXPECT_NE(log.find("Trashed file \"" + h.B("olddir/inner.txt") + "\""), std::string::npos) << log;
+}
+
+TEST(SettingMoveToTrash, VolumeWithoutATrashKeepsTheItems) {
+  std::string whyNot;
+  auto volume = test::TestVolume::Make("tmpfs", 2, &whyNot);
+  if (!volume) GTEST_SKIP() << whyNot;
+  RunHarness h;
+  const std::string b = volume->Path() + "/B";
+  trees::Build(b, {{"gone.txt", "g"}, {"olddir/", ""}, {"olddir/inner.txt", "i"}});
+  h.document = MakeDocument({{h.A(), b, 2, true}});
+  h.preferences.Set("prefOnError", 2);  // go on after each error without asking
+  Set(h, "settMoveToTrash", 1);
+  RunDriver& run = h.Run();
+  EXPECT_EQ(trees::Read(b), (Tree{{"gone.txt", "g"}, {"olddir/", ""}, {"olddir/inner.txt", "i"}}));
+  EXPECT_EQ(h.Task(0, 0).GetInt("gTotError"), 3);
+  const std::string log = h.Task(0, 0).GetString("gDetailedLogText");
+  EXPECT_NE(log.find("Can't trash the file \"" + b + "/gone.txt\""), std::string::npos) << log;
+  EXPECT_NE(log.find("Can't trash the folder (and its content) \"" + b + "/olddir\""), std::string::npos) << log;
+  EXPECT_EQ(run.copyTotals().FilesTrashed + run.copyTotals().FoldersTrashed, 0);
+}
+
+// The run asks the settings for the sub-folder's name, on a fixed clock.
+class NamingServices : public RecordingServices {
+ public:
+  std::optional<std::string> GetDestSubFolderName(RunState& state, const std::string& source) override {
+    SubFolderNaming naming;
+    naming.now = DateFromUnixSeconds(1709647629);  // 5 March 2024, 14:07:09 UTC
+    naming.localeName = "en_US";
+    naming.timeZoneId = "UTC";
+    return DestSubFolderNameForTask(state, source, naming);
+  }
+};
+
+TEST(SettingCreateDestFolder, TaskCopiesIntoItsDatedSubFolder) {
+  struct Case {
+    std::int64_t kind;
+    const char* format;
+    std::string folder;  // "" : the task is skipped
+  };
+  for (const Case& c : {Case{0, "'Copy of' kSrc yyyy-MM-dd", "Copy of A 2024-03-05"},
+                        Case{0, "yyyy/MM", "2024:03"},
+                        Case{4, "", "March"},
+                        Case{0, "", ""},
+                        Case{7, "", ""}}) {
+    SCOPED_TRACE(c.format);
+    RunHarness h;
+    NamingServices services;
+    trees::Build(h.A(), {{"f", "x"}});
+    h.document = MakeDocument({{h.A(), h.B(), 2, false, false, true}});
+    Set(h, "settCreateDestFolderNameKind", c.kind);
+    Set(h, "settCreateDestFolderCustomNameFormat", c.format);
+    RunDriver driver(h.document, h.preferences, h.realFs, h.proxy, services);
+    driver.ExecuteSyncBackup(0, kExecutedByUser);
+    if (c.folder.empty()) {
+      EXPECT_EQ(trees::Read(h.B()), Tree{});
+    } else {
+      EXPECT_EQ(trees::Read(h.B()), (Tree{{c.folder + "/", ""}, {c.folder + "/f", "x"}}));
+    }
+  }
+}
+
+// Attribute checking on items alike in content: only attributes a metadata copy can carry count.
+TEST(SettingCheckAttrChanged, StatusTimesAloneChangeNothing) {
+  ItemSide a{.present = true, .statusChanged = T + 100, .permissions = 0644};
+  ItemSide b{.present = true, .statusChanged = T, .permissions = 0644};
+  EXPECT_EQ(AttrChangedMode(0, a, b, false, true, true, 0, true), 0);
+  a.permissions = 0600;
+  EXPECT_EQ(AttrChangedMode(0, a, b, false, true, true, 0, true), 8);
+  EXPECT_EQ(AttrChangedMode(0, b, a, false, true, true, 0, true), 9);
+  EXPECT_EQ(AttrChangedMode(0, b, a, false, true, false, 0, true), 0);  // a backup never writes to A
+  a.permissions = 0644;
+  a.uid = 1000;
+  EXPECT_EQ(AttrChangedMode(0, a, b, false, true, true, 0, true), 8);
+  EXPECT_EQ(AttrChangedMode(0, a, b, false, true, true, 0, false), 0);  // owners that cannot be set
+}
+
+}  // namespace
+}  // namespace marigold::run_test
