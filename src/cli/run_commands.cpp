@@ -19,6 +19,7 @@
 #include "app/preferences.h"
 #include "cli/commands.h"
 #include "cli/terminal_proxy.h"
+#include "engine/are_you_sure.h"
 #include "engine/run_driver.h"
 #include "engine/tree_text.h"
 #include "platform/linux_file_system.h"
@@ -178,6 +179,14 @@ struct RunRequest {
 int ExecuteRun(PlistDict& document, const PlistDict& preferences, const RunRequest& request) {
   LinuxFileSystem fs;
   TerminalProxy proxy(request.interactive, ::isatty(STDERR_FILENO) == 1);
+  // A run the user starts and watches is confirmed first, as the preferences ask; saying no is
+  // not a failure, so it ends like a cancelled preview: nothing done, status 0. A dry run
+  // changes nothing and is not asked about.
+  if (request.interactive && !request.dryRun && AsksConfirmation(preferences) &&
+      !proxy.Confirm(GLS("Starting task:"), AreYouSureString(document, request.sessionIndex, fs))) {
+    std::printf("%s\n", GLS("Cancelled: nothing was done.").c_str());
+    return kExitOk;
+  }
   RunDriver driver(document, preferences, fs, proxy, DefaultRunServices());
   driver.SetDryRun(request.dryRun);
   std::atomic<std::int64_t> errorsSeen{0};
