@@ -23,11 +23,11 @@ const std::array<ConflictRule, 6>& ConflictRules() {
       {"Backup", " 2: ", "conflictBackupRadio2", "conflictBackupAsk2", kConflictRadioTag2,
        "Replace the newer destination file", "Skip the file", kConflictRadioTag1},
       {"Exact Backup", ": ", "conflictExactBackupRadio", "conflictExactBackupAsk", kConflictRadioTag2,
-       "Delete the changed destination file", "Keep the destination file", kConflictRadioTag2},
+       "Delete the changed or added destination file", "Keep the destination file", kConflictRadioTag2},
       {"Sync", ": ", "conflictSyncRadio", "conflictSyncAsk", kConflictRadioTag2, "The newer file wins",
        "Skip both files", kConflictRadioTag2},
       {"Exact Sync", ": ", "conflictExactSyncRadio", "conflictExactSyncAsk", kConflictRadioTag2,
-       "Delete the changed file", "Copy the file back", kConflictRadioTag2},
+       "Delete the changed file anyway", "Copy the file back", kConflictRadioTag2},
       {"File Versus Folder", ": ", "conflictFileFolderRadio", "conflictFileFolderAsk", kConflictRadioTag1,
        "The file replaces the folder", "Skip both items", kConflictRadioTag1},
   }};

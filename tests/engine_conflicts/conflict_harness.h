@@ -20,7 +20,10 @@ class AnsweringProxy : public AppkitProxy {
  public:
   int Alert(const AlertRequest& request) override {
     alerts.push_back(request);
-    return 0;
+    if (alertAnswers.empty()) return 0;
+    const int answer = alertAnswers.front();
+    alertAnswers.pop_front();
+    return answer;
   }
   int AskReplace(const ReplaceRequest& request) override {
     asked.push_back(request);
@@ -30,10 +33,13 @@ class AnsweringProxy : public AppkitProxy {
     return answer;
   }
   bool ShowPreview(std::vector<TaskTree>&) override { return true; }
+  void Beep() override { ++beeps; }
 
   std::deque<int> answers;  // modal results, in order; Skip once they run out
   std::vector<ReplaceRequest> asked;
+  std::deque<int> alertAnswers;  // buttons pressed, in order; the first button once they run out
   std::vector<AlertRequest> alerts;
+  int beeps = 0;
 };
 
 enum Task : std::int64_t { kSync = 1, kBackup = 2 };
