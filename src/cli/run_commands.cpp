@@ -161,12 +161,15 @@ void ShutDownComputer() {
   }
 }
 
-void PrintSummary(const RunDriver& driver, std::int64_t errors) {
+void PrintSummary(const RunDriver& driver, std::int64_t conflictsSkipped, std::int64_t errors) {
   const SideCopyCounters& c = driver.copyTotals();
   std::printf("%s %lld\n", GLS("Items copied:").c_str(), static_cast<long long>(c.FilesCopied + c.FoldersCreated));
   std::printf("%s %lld\n", GLS("Items replaced:").c_str(), static_cast<long long>(c.FilesReplaced));
   std::printf("%s %lld\n", GLS("Items deleted:").c_str(),
               static_cast<long long>(c.FilesDeleted + c.FoldersDeleted + c.FilesTrashed + c.FoldersTrashed));
+  // Conflicts left as they were, so that a run that asked nobody says what it did not do.
+  if (conflictsSkipped > 0)
+    std::printf("%s %lld\n", GLS("Conflicts skipped:").c_str(), static_cast<long long>(conflictsSkipped));
   std::printf("%s %lld\n", GLS("Errors:").c_str(), static_cast<long long>(errors));
 }
 
@@ -210,7 +213,7 @@ int ExecuteRun(PlistDict& document, const PlistDict& preferences, const RunReque
   } else if (driver.previewCancelled()) {
     std::printf("%s\n", GLS("Cancelled: nothing was copied.").c_str());
   } else {
-    PrintSummary(driver, errors);
+    PrintSummary(driver, state.gGlobalConflictsSkipped, errors);
   }
   if (stopped) std::printf("%s\n", GLS("Stopped.").c_str());
   std::fflush(stdout);
