@@ -19,6 +19,7 @@
 #include "app/preferences.h"
 #include "cli/commands.h"
 #include "cli/terminal_proxy.h"
+#include "engine/are_you_sure.h"
 #include "engine/run_driver.h"
 #include "engine/tree_text.h"
 #include "platform/linux_file_system.h"
@@ -160,12 +161,15 @@ void ShutDownComputer() {
   }
 }
 
-void PrintSummary(const RunDriver& driver, std::int64_t errors) {
+void PrintSummary(const RunDriver& driver, std::int64_t conflictsSkipped, std::int64_t errors) {
   const SideCopyCounters& c = driver.copyTotals();
   std::printf("%s %lld\n", GLS("Items copied:").c_str(), static_cast<long long>(c.FilesCopied + c.FoldersCreated));
   std::printf("%s %lld\n", GLS("Items replaced:").c_str(), static_cast<long long>(c.FilesReplaced));
   std::printf("%s %lld\n", GLS("Items deleted:").c_str(),
               static_cast<long long>(c.FilesDeleted + c.FoldersDeleted + c.FilesTrashed + c.FoldersTrashed));
+  // Conflicts left as they were, so that a run that asked nobody says what it did not do.
+  if (conflictsSkipped > 0)
+    std::printf("%s %lld\n", GLS("Conflicts skipped:").c_str(), static_cast<long long>(conflictsSkipped));
   std::printf("%s %lld\n", GLS("Errors:").c_str(), static_cast<long long>(errors));
 }
 
@@ -178,6 +182,14 @@ struct RunRequest {
 int ExecuteRun(PlistDict& document, const PlistDict& preferences, const RunRequest& request) {
   LinuxFileSystem fs;
   TerminalProxy proxy(request.interactive, ::isatty(STDERR_FILENO) == 1);
+  // A run the user starts and watches is confirmed first, as the preferences ask; saying no is
+  // not a failure, so it ends like a cancelled preview: nothing done, status 0. A dry run
+  // changes nothing and is not asked about.
+  if (request.interactive && !request.dryRun && AsksConfirmation(preferences) &&
+      !proxy.Confirm(GLS("Starting task:"), AreYouSureString(document, request.sessionIndex, fs))) {
+    std::printf("%s\n", GLS("Cancelled: nothing was done.").c_str());
+    return kExitOk;
+  }
   RunDriver driver(document, preferences, fs, proxy, DefaultRunServices());
   driver.SetDryRun(request.dryRun);
   std::atomic<std::int64_t> errorsSeen{0};
@@ -201,7 +213,7 @@ int ExecuteRun(PlistDict& document, const PlistDict& preferences, const RunReque
   } else if (driver.previewCancelled()) {
     std::printf("%s\n", GLS("Cancelled: nothing was copied.").c_str());
   } else {
-    PrintSummary(driver, errors);
+    PrintSummary(driver, state.gGlobalConflictsSkipped, errors);
   }
   if (stopped) std::printf("%s\n", GLS("Stopped.").c_str());
   std::fflush(stdout);

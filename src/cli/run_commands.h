@@ -1,7 +1,9 @@
 // The commands that run: "run" performs sessions of a document, "sync" a folder pair given on the
 // command line. Both run unattended unless asked to be interactive, print a short summary, and
 // exit 0 when the run counted no error, 1 when it counted errors (or was stopped), 2 when it
-// could not start (usage, an unreadable document, folders that cannot be run).
+// could not start (usage, an unreadable document, folders that cannot be run). An interactive
+// run first asks "Are you sure ...? [y/N]" when the preference prefAskConfirmation is on; a
+// "no" does nothing and exits 0.
 #pragma once
 
 #include <CLI/CLI.hpp>

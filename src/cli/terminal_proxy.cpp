@@ -78,24 +78,25 @@ int TerminalProxy::Alert(const AlertRequest& request) {
 int TerminalProxy::AskReplace(const ReplaceRequest& request) {
   std::lock_guard<std::mutex> lock(mMutex);
   if (!mInteractive) return kReplaceResultSkip;
+  ClearProgress();
   bool changed = false;
   for (;;) {
     const ReplacePromptText prompt = BuildReplacePrompt(request, changed);
     PrintLines(prompt.title);
     PrintLines(prompt.text);
-    if (prompt.showsSource) {
-      PrintLines("  A: \"" + PrintableName(request.source) + "\"  " + ModificationDateLine(ModificationSeconds(request.source)));
-    }
-    if (prompt.showsDest) {
-      PrintLines("  B: \"" + PrintableName(request.dest) + "\"  " + ModificationDateLine(ModificationSeconds(request.dest)));
-    }
+    // Both items are named even when only one of them can be acted on; a missing one shows "--".
+    PrintLines("  A: \"" + PrintableName(request.source) + "\"  " + ModificationDateLine(ModificationSeconds(request.source)));
+    PrintLines("  B: \"" + PrintableName(request.dest) + "\"  " + ModificationDateLine(ModificationSeconds(request.dest)));
     if (!prompt.directionTooltip.empty()) PrintLines("  (" + prompt.directionTooltip + ")");
-    std::fprintf(mOut, "  r) %s (default)\n  s) %s\n  t) %s\n", prompt.replaceTitle.c_str(), prompt.skipTitle.c_str(),
-                 GLS("Stop").c_str());
-    if (prompt.canChangeDirection) std::fprintf(mOut, "  d) %s\n", GLS("Change direction").c_str());
+    PrintChoice("r", prompt.replaceTitle, prompt.replaceTooltip, true);
+    PrintChoice("s", prompt.skipTitle, prompt.skipTooltip, false);
+    PrintChoice("t", GLS("Stop"), {}, false);
+    if (prompt.canChangeDirection) PrintChoice("d", GLS("Change direction"), {}, false);
     std::fputs("> ", mOut);
-    auto line = ReadLine();
-    const std::string answer = line ? *line : "s";
+    const std::optional<std::string> line = ReadLine();
+    // Nobody left to answer: leave the items as they are.
+    if (!line) return kReplaceResultSkip;
+    const std::string& answer = *line;
     int result = 0;
     if (answer.empty() || answer == "r") {
       result = kReplaceResultReplace;
@@ -103,15 +104,30 @@ int TerminalProxy::AskReplace(const ReplaceRequest& request) {
       result = kReplaceResultSkip;
     } else if (answer == "t") {
       result = kReplaceResultStop;
-    } else if (answer == "d" && prompt.canChangeDirection) {
-      changed = !changed;
-      continue;
     } else {
+      if (answer == "d" && prompt.canChangeDirection) changed = !changed;
       continue;
     }
     DrawProgress();
     return changed ? -result : result;
   }
+}
+
+void TerminalProxy::PrintChoice(const char* key, const std::string& title, const std::string& tooltip,
+                                bool isDefault) {
+  std::string line = std::string("  ") + key + ") " + title;
+  if (!tooltip.empty()) line += ": " + tooltip;
+  if (isDefault) line += " (" + GLS("default") + ")";
+  PrintLines(line);
+}
+
+bool TerminalProxy::Confirm(const std::string& title, const std::string& question) {
+  std::lock_guard<std::mutex> lock(mMutex);
+  if (!mInteractive) return true;
+  ClearProgress();
+  std::fprintf(mOut, "%s\n%s [y/N] ", TerminalText(title).c_str(), TerminalText(question).c_str());
+  const std::optional<std::string> line = ReadLine();
+  return line && (*line == "y" || *line == "Y" || *line == "yes" || *line == "Yes");
 }
 
 bool TerminalProxy::ShowPreview(std::vector<TaskTree>& trees) {

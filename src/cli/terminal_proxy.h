@@ -31,6 +31,10 @@ class TerminalProxy : public AppkitProxy {
   void UpdateBytesCopied(std::uint64_t copied, std::uint64_t total) override;
   void Beep() override;
 
+  // Asks a yes/no question before a run ("[y/N]"): true only for a typed "y" or "yes"; an
+  // empty line or the end of input is "no". An unattended proxy asks nothing and says yes.
+  bool Confirm(const std::string& title, const std::string& question);
+
   // Prints one error of the run on its own line ("marigold: " and the message).
   void PrintError(const std::string& message);
 
@@ -40,6 +44,8 @@ class TerminalProxy : public AppkitProxy {
   void DrawProgress();
   std::optional<std::string> ReadLine() { return mPrompts.ReadLine(); }
   void PrintLines(const std::string& text);
+  // One answer of the replace prompt: its key, title and what it does.
+  void PrintChoice(const char* key, const std::string& title, const std::string& tooltip, bool isDefault);
 
   bool mInteractive;
   bool mShowProgress;

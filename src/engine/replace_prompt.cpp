@@ -101,6 +101,7 @@ ReplacePromptText BuildReplacePrompt(const ReplaceRequest& request, bool directi
                                            : "Are you sure you want the destination replaces the source anyway?")});
       ReplaceButtons(prompt, "Skip these files and continue");
       SourceReplacesDirection(prompt, sourceNewer != directionChanged);
+      prompt.showsDirectionButton = true;
       prompt.canChangeDirection = true;
       break;
     }
@@ -137,6 +138,7 @@ ReplacePromptText BuildReplacePrompt(const ReplaceRequest& request, bool directi
       prompt.replaceTitle = GLS("Replace");
       prompt.skipTitle = GLS("Skip");
       prompt.directionImage = request.conflict == 51 ? "icnReplaceViolet" : "icnReplaceOrange";
+      prompt.showsDirectionButton = true;
       break;
     default:
       prompt.title = GLS("Replace File");

@@ -20,7 +20,8 @@ struct ReplacePromptText {
   std::string skipTooltip;
   std::string directionImage;
   std::string directionTooltip;
-  bool canChangeDirection = false;  // only kind 31 acts on the direction button
+  bool showsDirectionButton = false;  // kinds 31, 51 and 52 show it enabled
+  bool canChangeDirection = false;    // only kind 31 acts on it; elsewhere it does nothing
   bool showsSource = true;          // the source side can be opened and revealed
   bool showsDest = true;
 };

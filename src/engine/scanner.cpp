@@ -136,8 +136,11 @@ int Scanner::Settle(const Decision& decision, const std::string& a, const std::s
   if (decision.ask) {
     bool changeDirection = false;
     if (AskReplace(a, b, decision.shownDate, decision.mode, decision.conflict, &changeDirection)) {
-      const bool replaces = decision.mode == kCopyModeReplaceAToB || decision.mode == kCopyModeReplaceBToA;
-      return changeDirection && replaces ? SwapDirection(decision.mode) : decision.mode;
+      // Only two files that both changed in a synchronisation may trade places; anywhere else a
+      // reversed answer would write where the task must not (the source of a backup, or a
+      // folder over a newer file).
+      const bool reversible = decision.conflict == kConflictSyncBothChanged;
+      return changeDirection && reversible ? SwapDirection(decision.mode) : decision.mode;
     }
     ++state.gConflictsSkipped;
     return decision.onRefusal;

@@ -230,7 +230,8 @@ TEST_P(InteractivePreview, AsksOnTheTerminalBeforeCopying) {
   trees::Build(box.Path("B"), {});
 
   const CliResult result = box.Run(
-      {"sync", box.Path("A"), box.Path("B"), "--interactive", "--set", "prefPreview=1"}, c.input);
+      {"sync", box.Path("A"), box.Path("B"), "--interactive", "--set", "prefPreview=1", "--set", "prefAskConfirmation=0"},
+      c.input);
 
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_NE(result.err.find("a.txt  copy A to B"), std::string::npos) << result.err;
