@@ -72,11 +72,17 @@ const std::vector<Scenario>& Scenarios() {
        [](ConflictRun& h) -> std::optional<std::int64_t> {
          const std::int64_t last = FirstRun(h);
          std::filesystem::remove(h.A("f.txt"));
+         // A source left empty would look like a volume that is not mounted.
+         for (const std::string& side : {h.A("stay.txt"), h.B("stay.txt")}) {
+           trees::Write(side, "s");
+           trees::SetModified(side, kOld);
+         }
          trees::Write(h.B("f.txt"), "B edit");
          trees::SetModified(h.B("f.txt"), last + 100);
          return last;  // the file's own backup date
        },
-       21, 7, "conflictExactBackupRadio", "conflictExactBackupAsk", 2, 1, true, {}, {}, {}, {}},
+       21, 7, "conflictExactBackupRadio", "conflictExactBackupAsk", 2, 1, true, {{"stay.txt", "s"}},
+       {{"stay.txt", "s"}}, {}, {}},
       {"ExactBackup22", kBackup, true,
        [](ConflictRun& h) -> std::optional<std::int64_t> {
          const std::int64_t last = FirstRun(h);
@@ -261,7 +267,7 @@ TEST(ConflictRuns, AFirstExactBackupAsksNothingAboutDestinationFiles) {
 // Several conflicts in one run: each is asked in turn, and only the refused ones are counted.
 TEST(ConflictRuns, EachConflictOfARunIsAskedAndOnlyRefusalsAreCounted) {
   ConflictRun h(kBackup, true);
-  trees::Build(h.A(), {{"a.txt", "a"}, {"b.txt", "b"}, {"c.txt", "c"}});
+  trees::Build(h.A(), {{"a.txt", "a"}, {"b.txt", "b"}, {"c.txt", "c"}, {"stay.txt", "s"}});
   const std::int64_t last = h.Run();
   for (const char* name : {"a.txt", "b.txt", "c.txt"}) {
     std::filesystem::remove(h.A(name));
@@ -274,7 +280,7 @@ TEST(ConflictRuns, EachConflictOfARunIsAskedAndOnlyRefusalsAreCounted) {
 
   ASSERT_EQ(h.proxy.asked.size(), 3u);
   EXPECT_EQ(h.proxy.asked[1].dest, h.B("b.txt"));
-  EXPECT_EQ(trees::Read(h.B()), (Tree{{"a.txt", "a"}, {"c.txt", "c"}}));
+  EXPECT_EQ(trees::Read(h.B()), (Tree{{"a.txt", "a"}, {"c.txt", "c"}, {"stay.txt", "s"}}));
   EXPECT_EQ(h.RecordedConflictsSkipped(), 2);
   EXPECT_EQ(h.state().gGlobalConflictsSkipped, 2);
 }

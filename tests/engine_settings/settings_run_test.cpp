@@ -144,11 +144,12 @@ TEST(SettingMoveToTrash, VolumeWithoutATrashKeepsTheItems) {
   RunHarness h;
   const std::string b = volume->Path() + "/B";
   trees::Build(b, {{"gone.txt", "g"}, {"olddir/", ""}, {"olddir/inner.txt", "i"}});
+  trees::Build(h.A(), {{"keep", "k"}});  // an empty source would look unmounted
   h.document = MakeDocument({{h.A(), b, 2, true}});
   h.preferences.Set("prefOnError", 2);  // go on after each error without asking
   Set(h, "settMoveToTrash", 1);
   RunDriver& run = h.Run();
-  EXPECT_EQ(trees::Read(b), (Tree{{"gone.txt", "g"}, {"olddir/", ""}, {"olddir/inner.txt", "i"}}));
+  EXPECT_EQ(trees::Read(b), (Tree{{"gone.txt", "g"}, {"keep", "k"}, {"olddir/", ""}, {"olddir/inner.txt", "i"}}));
   EXPECT_EQ(h.Task(0, 0).GetInt("gTotError"), 3);
   const std::string log = h.Task(0, 0).GetString("gDetailedLogText");
   EXPECT_NE(log.find("Can't trash the file \"" + b + "/gone.txt\""), std::string::npos) << log;
