@@ -21,6 +21,7 @@
 #include "cli/terminal_proxy.h"
 #include "engine/are_you_sure.h"
 #include "engine/run_driver.h"
+#include "engine/session_run_services.h"
 #include "engine/tree_text.h"
 #include "platform/linux_file_system.h"
 #include "util/strings_table.h"
@@ -179,7 +180,7 @@ struct RunRequest {
   bool dryRun = false;
 };
 
-int ExecuteRun(PlistDict& document, const PlistDict& preferences, const RunRequest& request) {
+int ExecuteRun(PlistDict& document, const PlistDict& preferences, const AppPaths& paths, const RunRequest& request) {
   LinuxFileSystem fs;
   TerminalProxy proxy(request.interactive, ::isatty(STDERR_FILENO) == 1);
   // A run the user starts and watches is confirmed first, as the preferences ask; saying no is
@@ -190,7 +191,8 @@ int ExecuteRun(PlistDict& document, const PlistDict& preferences, const RunReque
     std::printf("%s\n", GLS("Cancelled: nothing was done.").c_str());
     return kExitOk;
   }
-  RunDriver driver(document, preferences, fs, proxy, DefaultRunServices());
+  SessionRunServices services(paths.exactSyncIndexFolder);
+  RunDriver driver(document, preferences, fs, proxy, services);
   driver.SetDryRun(request.dryRun);
   std::atomic<std::int64_t> errorsSeen{0};
   driver.SetErrorObserver([&](const std::string& message) {
@@ -281,7 +283,7 @@ int RunDocument(MainApp& app, const RunCommandArgs& args) {
     }
   }
   RunRequest request{index, args.interactive, args.dryRun};
-  return ExecuteRun(document, app.preferences().dict(), request);
+  return ExecuteRun(document, app.preferences().dict(), app.paths(), request);
 }
 
 int RunPair(MainApp& app, const RunCommandArgs& args) {
@@ -313,7 +315,7 @@ int RunPair(MainApp& app, const RunCommandArgs& args) {
   }
   PlistDict document{{"sessionsArray", PlistArray{session}}, {"fileVersion", kFileVersion}, {"sessionIndex", 0}};
   RunRequest request{0, args.interactive, args.dryRun};
-  return ExecuteRun(document, prefs, request);
+  return ExecuteRun(document, prefs, app.paths(), request);
 }
 
 void AddRunModeOptions(CLI::App* command, RunCommandArgs& args) {
