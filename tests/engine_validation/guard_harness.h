@@ -14,6 +14,7 @@
 #include "engine/error_path.h"
 #include "engine/folder_guard.h"
 #include "engine_run/run_harness.h"
+#include "support/as_user.h"
 
 namespace marigold::guard_test {
 
@@ -106,8 +107,5 @@ struct GuardCall {
 void ClearLocks(const std::string& root);
 // Gives `root` and everything inside it to `owner`.
 void GiveTree(const std::string& root, uid_t owner);
-// Runs `body` in a forked child working as `user` (no other groups); returns what it returned,
-// followed by a note when the child failed.
-std::string OutputAsUser(uid_t user, const std::function<std::string()>& body);
 
 }  // namespace marigold::guard_test
