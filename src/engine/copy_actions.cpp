@@ -110,6 +110,8 @@ bool CopyExecutor::QLReplaceDestFile(const std::string& src, const std::string& 
   ++state.Side(sideA).FilesReplaced;
   CountVisibility(sideA, dst);
   AddSuccessLine(mWords.replacedFile, dst, mWords.withTheMostRecentFile, src);
+  // The new item carries its origin's lock; the old one's must not come back over it.
+  mContext.services.RemoveItemOKFromRestore(state, dst);
   return true;
 }
 

@@ -42,6 +42,7 @@ bool CopyExecutor::QLDeleteFile(const std::string& path, bool sideA, const ItemA
   }
   // An item inside a folder that goes to the trash whole is gone once its folder is.
   if (!withFolder) state.gItemsDeleted.insert(path);
+  mContext.services.RemoveItemOKFromRestore(state, path);
   return true;
 }
 
@@ -71,6 +72,7 @@ bool CopyExecutor::QLDeleteFolder(const std::string& path, bool sideA, const Ite
   }
   // An item inside a folder that goes to the trash whole is gone once its folder is.
   if (!withFolder) state.gItemsDeleted.insert(path);
+  mContext.services.RemoveItemOKFromRestore(state, path);
   return true;
 }
 

@@ -34,7 +34,23 @@ bool CopyExecutor::CopyItems(std::vector<ScanNode>& nodes, const std::string& fo
   ++mDepth;
   const bool result = WalkItems(nodes, folderA, folderB, deleteParent);
   --mDepth;
+  // The task's own walk ends: whatever it opened in its main folders is shut again.
+  if (mDepth == 0) mContext.services.RestoreOriginalAttr(mContext.state, folderA, folderB);
   return result;
+}
+
+void CopyExecutor::NodePaths(const ScanNode& node, const std::string& folderA, const std::string& folderB,
+                             std::string& a, std::string& b) {
+  a = ChildPath(folderA, node.name);
+  b = ChildPath(folderB, node.DestName());
+  // A link that the scan followed is acted on through its target; a link that no longer leads
+  // anywhere stays a link, which the check against the scan then reports.
+  if (node.resolvedLinks & kResolvedLinkA) {
+    if (auto target = mContext.fs.ResolvePath(a)) a = std::move(target).Value();
+  }
+  if (node.resolvedLinks & kResolvedLinkB) {
+    if (auto target = mContext.fs.ResolvePath(b)) b = std::move(target).Value();
+  }
 }
 
 bool CopyExecutor::WalkItems(std::vector<ScanNode>& nodes, const std::string& folderA,
@@ -48,8 +64,8 @@ bool CopyExecutor::WalkItems(std::vector<ScanNode>& nodes, const std::string& fo
     if (!state.IsRunOn()) return deleteParent ? false : result;
     const int mode = node.copyMode;
     if (mode < 0 && trashingParent) return false;
-    std::string a = ChildPath(folderA, node.name);
-    std::string b = ChildPath(folderB, node.DestName());
+    std::string a, b;
+    NodePaths(node, folderA, folderB, a, b);
 
     // The folder dates the agreement after the walk starts from are those before it.
     std::optional<FileTime> dateA, dateB;
@@ -70,8 +86,7 @@ bool CopyExecutor::WalkItems(std::vector<ScanNode>& nodes, const std::string& fo
       state.tallies.runItemsToDo.fetch_sub(1, std::memory_order_relaxed);
       if (IsDeletion(mode)) walk = false;
       // A case-only rename gave the item its new name.
-      a = ChildPath(folderA, node.name);
-      b = ChildPath(folderB, node.DestName());
+      NodePaths(node, folderA, folderB, a, b);
     }
     if (walk) {
       if (!CopyItems(node.subItems, a, b, IsDeletion(mode))) result = false;

@@ -86,6 +86,9 @@ class CopyExecutor {
   // The nodes' own performing and walking, and the folder-date agreement after a walk.
   bool WalkItems(std::vector<ScanNode>& nodes, const std::string& folderA, const std::string& folderB,
                  bool deleteParent);
+  // The node's two paths in the folders folderA / folderB, a followed link replaced by its target.
+  void NodePaths(const ScanNode& node, const std::string& folderA, const std::string& folderB, std::string& a,
+                 std::string& b);
   bool PerformNode(ScanNode& node, const std::string& a, const std::string& b, bool deleteParent);
   bool DeleteFolderWithContents(ScanNode& node, const std::string& a, const std::string& b,
                                 bool deleteParent);

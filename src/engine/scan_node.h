@@ -11,6 +11,9 @@
 
 namespace marigold {
 
+inline constexpr std::uint8_t kResolvedLinkA = 1;
+inline constexpr std::uint8_t kResolvedLinkB = 2;
+
 struct ScanNode {
   std::string name;      // the item's name on side A (A's spelling when both sides hold it)
   std::string destName;  // B's spelling when it differs from `name` in letter case; else empty
@@ -19,6 +22,9 @@ struct ScanNode {
   // the last exact run (the preview adds the path it names to the index when switched off).
   int ifSkipAddToExactIndex = -1;
   bool hasSubItems = false;      // a folder node that was walked ("subItems" present)
+  // kResolvedLinkA / kResolvedLinkB: that side's item is a symbolic link the scan followed, so
+  // the copy acts on its target rather than on the link.
+  std::uint8_t resolvedLinks = 0;
   ItemSnapshot snapshotA;        // what the scan saw on each side, checked again before the
   ItemSnapshot snapshotB;        // executor overwrites or deletes the item
   std::vector<ScanNode> subItems;

@@ -324,8 +324,13 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
     if (pair.a && pair.b && nameB != name) child.destName = nameB;
     child.copyMode = mode;
     child.ifSkipAddToExactIndex = ifSkipAddToExactIndex;
-    child.snapshotA = pair.a ? ItemSnapshot::Of(pair.a->attributes) : ItemSnapshot::Absent();
-    child.snapshotB = pair.b ? ItemSnapshot::Of(pair.b->attributes) : ItemSnapshot::Absent();
+    // A followed link stands for its target, in the checks before a change too.
+    child.snapshotA = pair.a ? ItemSnapshot::Of(attributesA) : ItemSnapshot::Absent();
+    child.snapshotB = pair.b ? ItemSnapshot::Of(attributesB) : ItemSnapshot::Absent();
+    if (pair.a && pair.a->attributes.kind == ItemKind::kSymlink && attributesA.kind != ItemKind::kSymlink)
+      child.resolvedLinks |= kResolvedLinkA;
+    if (pair.b && pair.b->attributes.kind == ItemKind::kSymlink && attributesB.kind != ItemKind::kSymlink)
+      child.resolvedLinks |= kResolvedLinkB;
 
     bool keep = true;
     if (walks && !copiedEmpty) {

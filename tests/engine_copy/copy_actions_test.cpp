@@ -277,7 +277,8 @@ TEST(ExecutorServices, RestoreListFollowsTheWalk) {
 
   EXPECT_EQ(services.calls, (std::vector<std::string>{"release " + b + "/d/e", "release " + b + "/d/e/f",
                                                       "restore " + a + "/d/e " + b + "/d/e",
-                                                      "restore " + a + "/d " + b + "/d"}));
+                                                      "restore " + a + "/d " + b + "/d",
+                                                      "restore " + a + " " + b}));
 }
 
 TEST(ExecutorLog, NoLinesWithoutADetailedLog) {

@@ -9,6 +9,7 @@
 #include <functional>
 
 #include "copy_harness.h"
+#include "support/as_user.h"
 #include "support/temp_folder.h"
 #include "test_trees.h"
 
@@ -17,31 +18,7 @@ namespace {
 
 constexpr uid_t kNobody = 54321;
 
-// Runs `body` in a child as kNobody and returns what it returned, or a note of what went wrong.
-std::string RunAsNobody(const std::function<std::string()>& body) {
-  int ends[2];
-  if (::pipe(ends) != 0) return "<pipe>";
-  pid_t child = ::fork();
-  if (child < 0) return "<fork>";
-  if (child == 0) {
-    ::close(ends[0]);
-    if (::setgroups(0, nullptr) != 0 || ::setresgid(kNobody, kNobody, kNobody) != 0 ||
-        ::setresuid(kNobody, kNobody, kNobody) != 0)
-      ::_exit(3);
-    std::string out = body();
-    if (::write(ends[1], out.data(), out.size()) < 0) ::_exit(4);
-    ::_exit(0);
-  }
-  ::close(ends[1]);
-  std::string out;
-  char buffer[4096];
-  for (ssize_t n; (n = ::read(ends[0], buffer, sizeof buffer)) > 0;) out.append(buffer, static_cast<std::size_t>(n));
-  ::close(ends[0]);
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) out += "<child status " + std::to_string(status) + ">";
-  return out;
-}
+std::string RunAsNobody(const std::function<std::string()>& body) { return OutputAsUser(kNobody, body); }
 
 // Opens the folders it is asked to, and notes each request.
 class OpeningServices : public RunServices {

@@ -1,0 +1,73 @@
+#include "guard_harness.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "app/document_model.h"
+#include "app/preferences.h"
+
+namespace marigold::guard_test {
+
+std::optional<std::string> FakeVolumes::MountPointOf(const std::string& path) {
+  std::string best = "/";
+  for (const std::string& mount : mountPoints) {
+    const bool inside = path == mount || (path.size() > mount.size() && path.starts_with(mount) && path[mount.size()] == '/');
+    if (inside && mount.size() > best.size()) best = mount;
+  }
+  return best;
+}
+
+GuardRun::GuardRun() : preferences(GetDefaultPreferencesDict("/nonexistent/log folder", false)) {
+  preferences.Set("prefLogKind", 2);
+  preferences.Set("prefOnError", 2);
+  preferences.Set("prefPreview", 0);
+  trees::Build(A(), {});
+  trees::Build(B(), {});
+  document = run_test::MakeDocument({{A(), B(), 2}});
+  auto fake = std::make_unique<FakeVolumes>(fs);
+  volumes = fake.get();
+  guard.UseVolumes(std::move(fake));
+}
+
+GuardRun::~GuardRun() { ClearLocks(temp.Path()); }
+
+void GuardRun::Setting(const std::string& key, std::int64_t value) {
+  GetSessionDict(document, 0)->GetDict("settingsDict")->Set(key, value);
+}
+
+RunState& GuardRun::Run(int executedBy) {
+  mErrors.clear();
+  mDriver = std::make_unique<RunDriver>(document, preferences, fs, proxy, mServices);
+  mDriver->SetErrorObserver([this](const std::string& message) { mErrors.push_back(message); });
+  mDriver->ExecuteSyncBackup(0, executedBy);
+  return mDriver->state();
+}
+
+GuardCall::GuardCall() {
+  auto fake = std::make_unique<FakeVolumes>(fs);
+  volumes = fake.get();
+  guard.UseVolumes(std::move(fake));
+  guard.Bind(context);
+  state.mExecutedBy = kExecutedByUser;
+  state.mIsCopying = true;
+  state.gMakeDetailedLog = true;
+}
+
+void ClearLocks(const std::string& root) {
+  LinuxFileSystem fs;
+  fs.SetLocked(root, false);
+  std::error_code ec;
+  for (auto it = std::filesystem::recursive_directory_iterator(root, ec);
+       !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
+    fs.SetLocked(it->path().string(), false);
+  }
+}
+
+void GiveTree(const std::string& root, uid_t owner) {
+  ::lchown(root.c_str(), owner, owner);
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
+    ::lchown(entry.path().c_str(), owner, owner);
+}
+
+}  // namespace marigold::guard_test
