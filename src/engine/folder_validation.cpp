@@ -2,6 +2,7 @@
 
 #include "engine/error_path.h"
 #include "engine/privilege_messages.h"
+#include "options/settings_titles.h"
 #include "util/strings_table.h"
 
 namespace marigold {

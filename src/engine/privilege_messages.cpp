@@ -4,7 +4,7 @@
 
 namespace marigold {
 
-std::string PrivilegeProblemText(int result, const std::string& item) {
+std::string PrivilegeProblemText(int result, const std::string& item, const std::string& reason) {
   std::string text;
   if (result == 1) {
     text = GLS("Insufficient Privileges") + " \"" + item + "\"\r" + GLS("Try to log in as root or mark the check-box") +
@@ -14,6 +14,7 @@ std::string PrivilegeProblemText(int result, const std::string& item) {
            GLS("Try to unmark the check-box \"Locked\" in the Finder \"Get Info\" panel or to mark the check-box") +
            " \"" + GLS(kSkipLockedItemsTitle) + "\" " + GLS("in the MG Settings panel");
   }
+  if (!reason.empty()) text += "\r" + reason;
   return text;
 }
 

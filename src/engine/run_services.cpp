@@ -8,6 +8,7 @@ void RunServices::Bind(EngineContext&) {}
 void RunServices::SessionStarts(RunState&, const PlistDict&) {}
 bool RunServices::FoldersAreValid(RunState&, const std::string&, const std::string&, int) { return true; }
 void RunServices::MakeItemsToDontCopyList(RunState&) {}
+std::string RunServices::LastPrivilegeProblem() { return {}; }
 int RunServices::CheckPrivilegesOnFiles(RunState&, const std::string&, const std::string&, int) { return 0; }
 bool RunServices::TryResolveSymLinkFile(RunState&, std::string&, ItemAttributes&, bool&) { return true; }
 bool RunServices::UnlockChain(RunState&, const std::string&, const std::string&, int) { return false; }

@@ -41,6 +41,9 @@ class RunServices {
   // other values: an item is locked. Default 0.
   virtual int CheckPrivilegesOnFiles(RunState& state, const std::string& source, const std::string& dest,
                                      int copyMode);
+  // Why the last CheckPrivilegesOnFiles refused ("Can't write the item ..."), or "" when it
+  // cannot tell.
+  virtual std::string LastPrivilegeProblem();
   // Resolves a link found inside a tree in place; false skips the item. Default: true, leaving
   // the link a link.
   virtual bool TryResolveSymLinkFile(RunState& state, std::string& path, ItemAttributes& attributes,

@@ -119,7 +119,8 @@ bool RunDriver::ScanOneTask(std::int64_t sessionIndex, std::int64_t taskIndex) {
     if (problem != 0) {
       // Counted, and reported when someone is there to read it; the other tasks still run. Missing
       // rights are usually the destination's (it is written), a lock the source's.
-      mErrors.RecordItemError({PrivilegeProblemText(problem, problem == 1 ? s.gDestFolder : s.gSourceFolder)});
+      mErrors.RecordItemError({PrivilegeProblemText(problem, problem == 1 ? s.gDestFolder : s.gSourceFolder,
+                                                   mContext.services.LastPrivilegeProblem())});
       PurgeAfterScanOneTask(taskIndex);
       mLogTaskArray.back().AsDict()->Set("taskSkipped", 1);
       return true;

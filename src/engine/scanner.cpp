@@ -316,7 +316,8 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
                               state.bootFoldersToCopyEmptyArray.contains(b));
     if (!s.mSkipCheckPermissions && !(copiedEmpty && state.mEuidIsRoot)) {
       const int problem = services.CheckPrivilegesOnFiles(state, a, b, mode);
-      if (problem != 0) mContext.errors.RecordItemError({PrivilegeProblemText(problem, WrittenItem(mode, a, b))});
+      if (problem != 0) mContext.errors.RecordItemError(
+          {PrivilegeProblemText(problem, WrittenItem(mode, a, b), services.LastPrivilegeProblem())});
     }
 
     ScanNode child;

@@ -9,9 +9,44 @@ SessionRunServices::SessionRunServices(std::string exactIndexFolder) : mExactInd
 
 SessionRunServices::~SessionRunServices() = default;
 
-void SessionRunServices::Bind(EngineContext& context) { mContext = &context; }
+void SessionRunServices::Bind(EngineContext& context) {
+  mContext = &context;
+  mGuard.Bind(context);
+}
 
 void SessionRunServices::SessionStarts(RunState&, const PlistDict&) {}
+
+bool SessionRunServices::FoldersAreValid(RunState& state, const std::string& source, const std::string& dest,
+                                         int forceToCase) {
+  return mGuard.FoldersAreValid(state, source, dest, forceToCase);
+}
+
+void SessionRunServices::MakeItemsToDontCopyList(RunState& state) { mGuard.MakeItemsToDontCopyList(state); }
+
+int SessionRunServices::CheckPrivilegesOnFiles(RunState& state, const std::string& source, const std::string& dest,
+                                               int copyMode) {
+  return mGuard.CheckPrivilegesOnFiles(state, source, dest, copyMode);
+}
+
+std::string SessionRunServices::LastPrivilegeProblem() { return mGuard.LastPrivilegeProblem(); }
+
+bool SessionRunServices::TryResolveSymLinkFile(RunState& state, std::string& path, ItemAttributes& attributes,
+                                               bool& isSymLink) {
+  return mGuard.TryResolveSymLinkFile(state, path, attributes, isSymLink);
+}
+
+bool SessionRunServices::UnlockChain(RunState& state, const std::string& item, const std::string& mainFolder,
+                                     int check) {
+  return mGuard.UnlockChain(state, item, mainFolder, check);
+}
+
+bool SessionRunServices::RestoreOriginalAttr(RunState& state, const std::string& pathA, const std::string& pathB) {
+  return mGuard.RestoreOriginalAttr(state, pathA, pathB);
+}
+
+void SessionRunServices::RemoveItemOKFromRestore(RunState& state, const std::string& path) {
+  mGuard.RemoveItemOKFromRestore(state, path);
+}
 
 std::optional<std::string> SessionRunServices::GetDestSubFolderName(RunState& state, const std::string& source) {
   return DestSubFolderNameForTask(state, source);

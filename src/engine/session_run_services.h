@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "engine/folder_guard.h"
 #include "engine/run_services.h"
 
 namespace marigold {
@@ -20,10 +21,26 @@ class SessionRunServices : public RunServices {
   void Bind(EngineContext& context) override;
   void SessionStarts(RunState& state, const PlistDict& session) override;
 
+  // --- folder checks, links, privileges and unlocking ---------------------------------------
+  bool FoldersAreValid(RunState& state, const std::string& source, const std::string& dest, int forceToCase) override;
+  void MakeItemsToDontCopyList(RunState& state) override;
+  int CheckPrivilegesOnFiles(RunState& state, const std::string& source, const std::string& dest,
+                             int copyMode) override;
+  std::string LastPrivilegeProblem() override;
+  bool TryResolveSymLinkFile(RunState& state, std::string& path, ItemAttributes& attributes,
+                             bool& isSymLink) override;
+  bool UnlockChain(RunState& state, const std::string& item, const std::string& mainFolder, int check) override;
+  bool RestoreOriginalAttr(RunState& state, const std::string& pathA, const std::string& pathB) override;
+  void RemoveItemOKFromRestore(RunState& state, const std::string& path) override;
+
+  // --- the dated sub-folder -----------------------------------------------------------------
   std::optional<std::string> GetDestSubFolderName(RunState& state, const std::string& source) override;
+
+  FolderGuard& guard() { return mGuard; }
 
  private:
   std::string mExactIndexFolder;
+  FolderGuard mGuard;
   EngineContext* mContext = nullptr;
 };
 
