@@ -20,13 +20,15 @@ class SessionExclusions {
  public:
   // Rebuilds the set from the session's excludeDict; returns the number of active exclusions.
   std::size_t SessionStarts(const PlistDict& session);
-  // Whether `path` equals an active exclusion ignoring case. One fold and one hash lookup.
-  // Safe to call from several threads once built.
+  // Whether `path` equals an active exclusion ignoring case: one pass over the path and one hash
+  // lookup, with no copy unless the path's hash is one of the exclusions'. Safe to call from
+  // several threads once built.
   bool IsToBeExcluded(std::string_view path) const;
   std::size_t size() const { return mFoldedPaths.size(); }
 
  private:
   std::unordered_set<std::string> mFoldedPaths;
+  std::unordered_set<std::uint64_t> mHashes;  // of the folded paths
 };
 
 }  // namespace marigold
