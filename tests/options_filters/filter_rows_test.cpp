@@ -73,28 +73,13 @@ INSTANTIATE_TEST_SUITE_P(
         RowCase{"SizeNotANumber", Row({{"filterFileSizeOn", 1}, {"filterFileSizeField", "12 kb"}}),
                 "Please insert a valid File Size."},
         RowCase{"SizeTextNumber", Row({{"filterFileSizeOn", 1}, {"filterFileSizeField", " 1.5 "}}), std::nullopt},
-        RowCase{"ZeroSize", Row({{"filterFileSizeOn", 1}}), std::nullopt},
-        RowCase{"EmptyType", Row({{"filterTypeOn", 1}}), "Please insert a valid Type."},
         RowCase{"EmptyCreator", Row({{"filterCreatorOn", 1}, {"filterTypeOn", 1}, {"filterTypeField", "TEXT"}}),
                 "Please insert a valid Creator."},
-        RowCase{"EmptyOwner", Row({{"filterOwnerOn", 1}}), "Please insert a valid Owner name or ID."},
         RowCase{"EmptyGroup", Row({{"filterGroupOn", 1}, {"filterOwnerOn", 1}, {"filterOwnerField", "0"}}),
                 "Please insert a valid Group name or ID."},
         // A box is on only when it holds 1: a 2 neither checks nor counts.
         RowCase{"BoxNotOne", Row({{"filterTypeOn", 2}}), "Please define a criteria for this filter."}),
     [](const auto& info) { return std::string(info.param.name); });
-
-TEST(FilterRowFields, NumbersFromEveryStoredForm) {
-  const PlistDict row{{"i", 7}, {"r", 7.9}, {"s", " 12 "}, {"bad", "12x"}, {"empty", ""}, {"date", PlistDate{1}}};
-  EXPECT_EQ(FilterFieldInteger(row, "i"), 7);
-  EXPECT_EQ(FilterFieldInteger(row, "r"), 7);
-  EXPECT_EQ(FilterFieldInteger(row, "s"), 12);
-  EXPECT_EQ(FilterFieldInteger(row, "bad"), std::nullopt);
-  EXPECT_EQ(FilterFieldInteger(row, "empty"), std::nullopt);
-  EXPECT_EQ(FilterFieldInteger(row, "date"), std::nullopt);
-  EXPECT_EQ(FilterFieldInteger(row, "missing"), std::nullopt);
-  EXPECT_EQ(FilterDaysInMonth(13, 2024), 0);
-}
 
 }  // namespace
 }  // namespace marigold

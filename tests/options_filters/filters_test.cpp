@@ -302,10 +302,11 @@ TEST(Exclusions, WholePathsIgnoringCase) {
                                      {"excludeArray", PlistArray{PlistDict{{"onOff", 1}, {"itemToExclude", "/Users/a/Docs"}},
                                                                  PlistDict{{"onOff", 1}, {"itemToExclude", "/Données/ÉTÉ"}},
                                                                  PlistDict{{"onOff", 0}, {"itemToExclude", "/off"}},
+                                                                 PlistDict{{"onOff", 1}, {"itemToExclude", "/Bad\xff" "Name"}},
                                                                  PlistDict{{"onOff", 1}, {"itemToExclude", ""}}}}}}};
   SessionFilters filters;
   filters.SessionStarts(session);
-  EXPECT_EQ(filters.CountExcludeValid(), 2u);
+  EXPECT_EQ(filters.CountExcludeValid(), 3u);
   EXPECT_TRUE(filters.IsToBeExcluded("/Users/a/Docs"));
   EXPECT_TRUE(filters.IsToBeExcluded("/users/a/docs"));
   EXPECT_FALSE(filters.IsToBeExcluded("/Users/a/Docs/x"));
@@ -313,8 +314,10 @@ TEST(Exclusions, WholePathsIgnoringCase) {
   EXPECT_TRUE(filters.IsToBeExcluded("/données/été"));
   EXPECT_FALSE(filters.IsToBeExcluded("/off"));
   EXPECT_FALSE(filters.IsToBeExcluded(""));
-  // Bytes that are not text only match themselves.
+  // Bytes that are not text only match themselves; the text around them still ignores case.
   EXPECT_FALSE(filters.IsToBeExcluded("/Users/a/Docs\xff"));
+  EXPECT_TRUE(filters.IsToBeExcluded("/bad\xff" "name"));
+  EXPECT_FALSE(filters.IsToBeExcluded("/bad\xfe" "name"));
 }
 
 TEST(FilterCounts, OutsideTheSessionListIsZero) {
