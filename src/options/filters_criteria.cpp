@@ -18,27 +18,15 @@ Rule RuleOf(std::int64_t op, std::initializer_list<Rule> byOperator, Rule never)
 DayTest CompileDay(const PlistDict& row, const std::string& prefix, const FilterClock& clock) {
   DayTest test;
   std::optional<LocalDay> day;
-  switch (row.GetInt(prefix + "Pop")) {
-    case 0:
-    case 1:
-    case 2:
-    case 3:
-      test.rule = RuleOf(row.GetInt(prefix + "Pop"), {DayRule::kOn, DayRule::kBefore, DayRule::kAfter, DayRule::kNotOn},
-                         DayRule::kNever);
-      day = LocalDayOf(FilterFieldInteger(row, prefix + "Year").value_or(2011),
-                       FilterFieldInteger(row, prefix + "Month").value_or(1),
-                       FilterFieldInteger(row, prefix + "Day").value_or(1));
-      break;
-    case 5:
-      test.rule = DayRule::kOn;
-      day = clock.today;
-      break;
-    case 6:
-      test.rule = DayRule::kOn;
-      day = clock.yesterday;
-      break;
-    default:  // 4 is the menu's separator
-      break;
+  const std::int64_t op = row.GetInt(prefix + "Pop");
+  if (op >= 0 && op <= 3) {
+    test.rule = RuleOf(op, {DayRule::kOn, DayRule::kBefore, DayRule::kAfter, DayRule::kNotOn}, DayRule::kNever);
+    day = LocalDayOf(FilterFieldInteger(row, prefix + "Year").value_or(2011),
+                     FilterFieldInteger(row, prefix + "Month").value_or(1),
+                     FilterFieldInteger(row, prefix + "Day").value_or(1));
+  } else if (op == 5 || op == 6) {  // today, yesterday; 4 is the menu's separator
+    test.rule = DayRule::kOn;
+    day = op == 5 ? clock.today : clock.yesterday;
   }
   if (!day) test.rule = DayRule::kNever;
   if (day) test.day = *day;

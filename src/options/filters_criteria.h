@@ -55,6 +55,8 @@ struct FilterClock {
   static FilterClock At(PlistDate now);
 };
 
+// Reads one active row of filterArray; missing or unreadable values take the new row's defaults,
+// and an operator outside its menu makes its criterion never hold.
 CompiledFilterRow CompileFilterRow(const PlistDict& row, const FilterClock& clock);
 
 // One item as the filter sees it. The folded name is made on first use and shared by the rows.
@@ -72,6 +74,8 @@ class FilterItem {
   const ItemAttributes& attributes;
 };
 
+// Whether every criterion the row enables holds for the item; kNoCreationDate when the row
+// reached its creation-date test and the item has no creation date.
 enum class RowMatch { kMatches, kFails, kNoCreationDate };
 RowMatch MatchFilterRow(const CompiledFilterRow& row, FilterItem& item, AccountNames& names);
 
