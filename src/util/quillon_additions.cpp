@@ -109,6 +109,30 @@ bool ContainsIgnoringCase(std::string_view text, std::string_view part) {
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) { return FoldedStartsWith(a, b, true); }
 
+std::string CaseFolded(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::int32_t i = 0; i < static_cast<std::int32_t>(text.size());) {
+    const auto byte = static_cast<unsigned char>(text[static_cast<std::size_t>(i)]);
+    if (byte < 0x80) {  // most names are ASCII: fold them without decoding
+      out.push_back(static_cast<char>(byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte));
+      ++i;
+      continue;
+    }
+    const std::int32_t start = i;
+    const UChar32 c = NextFolded(text, i);
+    if (c > 0x10FFFF) {
+      out.push_back(text[static_cast<std::size_t>(start)]);
+      continue;
+    }
+    char bytes[U8_MAX_LENGTH];
+    std::int32_t length = 0;
+    U8_APPEND_UNSAFE(bytes, length, c);  // a folded code point is valid and fits in four bytes
+    out.append(bytes, static_cast<std::size_t>(length));
+  }
+  return out;
+}
+
 bool setObjectNotInList(PlistDict& dict, std::string_view key, PlistValue value) {
   if (key.empty() || dict.Contains(key)) return false;
   dict.Set(key, std::move(value));

@@ -22,6 +22,9 @@ bool HasPrefixIgnoringCase(std::string_view text, std::string_view prefix);
 bool HasSuffixIgnoringCase(std::string_view text, std::string_view suffix);
 bool ContainsIgnoringCase(std::string_view text, std::string_view part);
 bool EqualIgnoringCase(std::string_view a, std::string_view b);
+// The text with each code point case-folded, as UTF-8: two texts are EqualIgnoringCase exactly
+// when their folded forms are equal, so the result can key a hash set. Invalid bytes stay as they are.
+std::string CaseFolded(std::string_view text);
 
 // Sets the value only when the key is non-empty and not yet present. Returns whether it set.
 bool setObjectNotInList(PlistDict& dict, std::string_view key, PlistValue value);

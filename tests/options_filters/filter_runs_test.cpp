@@ -1,0 +1,61 @@
+// Whole runs with the session's filters and exclusions: what is left out never reaches the
+// destination, and an excluded or filtered folder is not walked.
+#include <gtest/gtest.h>
+
+#include "../options_multi/option_services.h"
+#include "app/document_model.h"
+
+namespace marigold::run_test {
+namespace {
+
+void UseFilters(PlistDict& document, const PlistDict& row, int copySkip, const std::vector<std::string>& excluded) {
+  PlistDict& session = *GetSessionDict(document, 0);
+  PlistDict& filters = *session.GetDict("filterDict");
+  filters.Set("filterOn", 1);
+  filters.Set("filterCopySkip", copySkip);
+  filters.GetArray("filterArray")->at(0) = row;
+  PlistDict& exclusions = *session.GetDict("excludeDict");
+  exclusions.Set("excludeOn", excluded.empty() ? 0 : 1);
+  for (std::size_t i = 0; i < excluded.size(); ++i) {
+    exclusions.GetArray("excludeArray")->at(i).AsDict()->Set("itemToExclude", excluded[i]);
+  }
+}
+
+PlistDict NameContains(const std::string& text) {
+  PlistDict row = DefaultFilterRow();
+  row.Set("filterFileNameOn", 1);
+  row.Set("filterFileNameField", text);
+  return row;
+}
+
+const trees::Tree kSource{{"keep.txt", "k"}, {"Skip.TMP", "s"},        {"Private/", ""}, {"Private/inner.txt", "i"},
+                          {"sub/", ""},      {"sub/deep.tmp", "d"},    {"sub/deep.txt", "t"}};
+
+TEST(FilterRuns, LeftOutItemsAndExcludedFoldersStayBehind) {
+  RunHarness h;
+  trees::Build(h.A(), kSource);
+  h.document = MakeDocument({{h.A(), h.B(), 2}});
+  // The exclusion names the folder in other letters; its contents go with it.
+  UseFilters(h.document, NameContains(".tmp"), 2, {h.A("PRIVATE")});
+  OptionServices services;
+  std::unique_ptr<RunDriver> driver;
+  RunWith(h, services, driver);
+  EXPECT_EQ(trees::Read(h.B()), (trees::Tree{{"keep.txt", "k"}, {"sub/", ""}, {"sub/deep.txt", "t"}}));
+  EXPECT_TRUE(driver->state().logSessionArray.at(0).AsDict()->Contains("executiveFilterArray"));
+  EXPECT_EQ(*driver->state().logSessionArray.at(0).AsDict()->GetArray("executiveExcludeArray"), (PlistArray{h.A("PRIVATE")}));
+}
+
+TEST(FilterRuns, OnlyMatchingItemsAreProcessed) {
+  RunHarness h;
+  trees::Build(h.A(), kSource);
+  h.document = MakeDocument({{h.A(), h.B(), 2}});
+  // Folders are items too: "sub" does not match, so its .tmp file is never reached.
+  UseFilters(h.document, NameContains(".tmp"), 1, {});
+  OptionServices services;
+  std::unique_ptr<RunDriver> driver;
+  RunWith(h, services, driver);
+  EXPECT_EQ(trees::Read(h.B()), (trees::Tree{{"Skip.TMP", "s"}}));
+}
+
+}  // namespace
+}  // namespace marigold::run_test

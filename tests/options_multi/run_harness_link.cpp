@@ -1,0 +1,2 @@
+// The run tests' harness, built into this program too.
+#include "../engine_run/run_harness.cpp"
