@@ -1,6 +1,7 @@
 #include "engine/session_run_services.h"
 
 #include "engine/engine_context.h"
+#include "options/multi_list.h"
 #include "options/sub_folder_name.h"
 
 namespace marigold {
@@ -14,7 +15,17 @@ void SessionRunServices::Bind(EngineContext& context) {
   mGuard.Bind(context);
 }
 
-void SessionRunServices::SessionStarts(RunState&, const PlistDict&) {}
+void SessionRunServices::SessionStarts(RunState&, const PlistDict& session) { mFilters.SessionStarts(session); }
+
+bool SessionRunServices::IsToBeExcluded(RunState&, const std::string& path) { return mFilters.IsToBeExcluded(path); }
+
+bool SessionRunServices::IsToBeFiltered(RunState&, const std::string& path, const ItemAttributes& attributes) {
+  return mFilters.IsToBeFiltered(path, attributes);
+}
+
+PlistArray SessionRunServices::ExecutiveMultiArray(RunState&, const PlistDict& session) {
+  return marigold::ExecutiveMultiArray(session);
+}
 
 bool SessionRunServices::FoldersAreValid(RunState& state, const std::string& source, const std::string& dest,
                                          int forceToCase) {

@@ -8,6 +8,7 @@
 
 #include "engine/folder_guard.h"
 #include "engine/run_services.h"
+#include "options/filters.h"
 
 namespace marigold {
 
@@ -33,6 +34,11 @@ class SessionRunServices : public RunServices {
   bool RestoreOriginalAttr(RunState& state, const std::string& pathA, const std::string& pathB) override;
   void RemoveItemOKFromRestore(RunState& state, const std::string& path) override;
 
+  // --- filters, exclusions and the multiple list ----------------------------------------------
+  bool IsToBeExcluded(RunState& state, const std::string& path) override;
+  bool IsToBeFiltered(RunState& state, const std::string& path, const ItemAttributes& attributes) override;
+  PlistArray ExecutiveMultiArray(RunState& state, const PlistDict& session) override;
+
   // --- the dated sub-folder -----------------------------------------------------------------
   std::optional<std::string> GetDestSubFolderName(RunState& state, const std::string& source) override;
 
@@ -41,6 +47,7 @@ class SessionRunServices : public RunServices {
  private:
   std::string mExactIndexFolder;
   FolderGuard mGuard;
+  SessionFilters mFilters;
   EngineContext* mContext = nullptr;
 };
 
