@@ -9,12 +9,12 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <thread>
 
+#include "app/document_edit.h"
 #include "app/document_model.h"
 #include "app/preferences.h"
 #include "cli/commands.h"
@@ -85,48 +85,18 @@ std::string AbsolutePath(const std::string& path) {
   return absolute;
 }
 
-bool ParseInteger(const std::string& text, std::int64_t& value) {
-  const char* end = text.data() + text.size();
-  auto [at, error] = std::from_chars(text.data(), end, value);
-  return error == std::errc() && at == end && !text.empty();
-}
-
-// Sets `value` as `key` typed like `model`; false with `error` when it does not read as that type.
+// Sets `value` as `key` typed like `model` (read as `doc set` reads values); false with `error`
+// when it does not read as that type.
 bool SetTyped(PlistDict& dict, const std::string& key, const PlistValue& model, const std::string& value,
               std::string& error) {
-  switch (model.GetType()) {
-    case PlistValue::Type::Integer: {
-      std::int64_t number = 0;
-      if (!ParseInteger(value, number)) break;
-      dict.Set(key, number);
-      return true;
-    }
-    case PlistValue::Type::Boolean:
-      if (value == "1" || value == "true" || value == "yes") {
-        dict.Set(key, true);
-        return true;
-      }
-      if (value == "0" || value == "false" || value == "no") {
-        dict.Set(key, false);
-        return true;
-      }
-      break;
-    case PlistValue::Type::Real: {
-      char* end = nullptr;
-      const double number = std::strtod(value.c_str(), &end);
-      if (value.empty() || end == nullptr || *end != '\0') break;
-      dict.Set(key, number);
-      return true;
-    }
-    case PlistValue::Type::String:
-      dict.Set(key, value);
-      return true;
-    default:
-      error = "\"" + key + "\" cannot be set from the command line";
-      return false;
+  std::string why;
+  std::optional<PlistValue> typed = ParseTypedValue(model.GetType(), value, why);
+  if (!typed) {
+    error = "\"" + key + "\": " + why;
+    return false;
   }
-  error = "\"" + key + "\" takes " + std::string(TypeName(model.GetType())) + " values, not \"" + value + "\"";
-  return false;
+  dict.Set(key, std::move(*typed));
+  return true;
 }
 
 // Applies one KEY=VALUE to the session's settings or conflict rules, or to the preferences of
