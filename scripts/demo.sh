@@ -9,6 +9,9 @@ cd "$repo"
 
 bash scripts/install-deps.sh
 
+# A compiler cache (when installed) may serve objects built in another checkout of the project.
+export CCACHE_BASEDIR="$repo" CCACHE_NOHASHDIR=1
+
 cmake -S . -B build-release -DCMAKE_BUILD_TYPE=Release -DMARIGOLD_TESTS=OFF
 cmake --build build-release -j "${MARIGOLD_JOBS:-2}" --target marigold
 marigold="$repo/build-release/src/marigold"

@@ -9,6 +9,9 @@ cd "$repo"
 
 bash scripts/install-deps.sh
 
+# A compiler cache (when installed) may serve objects built in another checkout of the project.
+export CCACHE_BASEDIR="$repo" CCACHE_NOHASHDIR=1
+
 jobs="${MARIGOLD_JOBS:-2}"
 
 cmake -S . -B build-asan -DMARIGOLD_SANITIZE=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
