@@ -1,0 +1,81 @@
+// Whole runs with a real exact-sync index: run services that hand the index hooks to an
+// ExactSyncIndex, a temporary support folder holding the index folder, and one session whose
+// folders, task and conflict rules a test sets.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/exact_sync_index.h"
+#include "engine_run/run_harness.h"
+
+namespace marigold::index_test {
+
+using run_test::ScriptedProxy;
+
+class IndexServices : public RunServices {
+ public:
+  explicit IndexServices(std::string indexFolder) : index(std::move(indexFolder)) {}
+  void Bind(EngineContext& context) override { index.Bind(context); }
+  bool ExactSyncFileExists(RunState&, int which) override { return index.ExactSyncFileExists(which == 1); }
+  bool ItWasExixting(RunState&, const std::string& path, int where) override { return index.ItWasExixting(path, where); }
+  bool WriteExactSyncIndex(RunState&, const PlistDict& taskRecord, int mode) override {
+    return index.WriteExactSyncIndex(mode, taskRecord);
+  }
+  ExactSyncIndex index;
+};
+
+// A proxy that also keeps the conflict codes it was asked about and the console's comments.
+class RecordingProxy : public ScriptedProxy {
+ public:
+  int AskReplace(const ReplaceRequest& request) override {
+    conflicts.push_back(request.conflict);
+    return ScriptedProxy::AskReplace(request);
+  }
+  void SetTaskComment(const std::string& text) override { comments.push_back(text); }
+  void ShowIndeterminateProgress() override { ++indeterminate; }
+  std::vector<int> conflicts;
+  std::vector<std::string> comments;
+  int indeterminate = 0;
+};
+
+enum Task { kExactSync, kSync, kExactBackup, kBackup };
+
+class IndexHarness {
+ public:
+  IndexHarness();
+  std::string A(const std::string& relative = {}) const { return Under(mSource, relative); }
+  std::string B(const std::string& relative = {}) const { return Under(mDest, relative); }
+  std::string IndexFolder() const { return temp.Join("support/ExactSync Indexes"); }
+  std::string MainIndex() const { return IndexFolder() + "/MG3ExactSyncMainIndex.plist"; }
+  std::string PairIndex(const std::string& name = "MG3ExactSyncIndex.plist") const { return IndexFolder() + "/" + name; }
+
+  // The session's folders (created when missing), task and exact-sync conflict rules.
+  void SetFolders(const std::string& source, const std::string& dest);
+  void SetTask(Task task);
+  void SetExactSyncRules(int radio, int ask);
+  void SetSessionKey(const std::string& sub, const std::string& key, PlistValue value);
+
+  // Runs the session; a fresh ExactSyncIndex (as a new program would have) unless `keepIndex`.
+  RunDriver& Run(int executedBy = kExecutedByUser, FileSystem* fs = nullptr);
+  RunState& state() { return mDriver->state(); }
+  const PlistDict& Task0() const;
+
+  TempFolder temp;
+  LinuxFileSystem realFs;
+  RecordingProxy proxy;
+  std::unique_ptr<IndexServices> services;
+  PlistDict preferences;
+  PlistDict document;
+
+ private:
+  static std::string Under(const std::string& root, const std::string& relative) {
+    return relative.empty() ? root : root + "/" + relative;
+  }
+  std::string mSource, mDest;
+  std::unique_ptr<RunDriver> mDriver;
+};
+
+}  // namespace marigold::index_test
