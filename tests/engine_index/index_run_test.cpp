@@ -89,6 +89,22 @@ TEST(ExactIndexRun, DeletionsOnEitherSideAreCarriedAcross) {
   EXPECT_EQ(h.state().gGlobalError, 0);
 }
 
+TEST(ExactIndexRun, NamesThatAreNotTextAreIndexedWithoutLoss) {
+  IndexHarness h;
+  const trees::Tree odd{{"caf\xE9.txt", "latin-1"}, {"tab\tname", "t"}, {"R&D <x>/", ""}, {"R&D <x>/\xFF", "ff"},
+                        {"100%", "p"}};
+  trees::Build(h.A(), odd);
+  h.Run();
+  ASSERT_TRUE(ReadPlistDictFile(h.PairIndex())) << "the index stays a valid property list";
+
+  for (const auto& [name, content] : odd) {
+    if (name.back() == '/') continue;
+    ASSERT_EQ(::unlink(h.B(name).c_str()), 0) << name;
+  }
+  h.Run();
+  EXPECT_EQ(trees::Read(h.A()), (trees::Tree{{"R&D <x>/", ""}})) << "each deletion was carried across";
+}
+
 TEST(ExactIndexRun, SwappedFoldersWithEqualRootNamesKeepTheirIndex) {
   IndexHarness h;
   h.SetFolders(h.temp.Join("left/Data"), h.temp.Join("right/Data"));

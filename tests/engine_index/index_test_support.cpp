@@ -49,4 +49,32 @@ const PlistDict& IndexHarness::Task0() const {
   return *mDriver->state().logSessionArray.at(0).AsDict()->GetArray("logTaskArray")->at(0).AsDict();
 }
 
+IndexContext::IndexContext(const std::string& indexFolder, const std::string& source, const std::string& dest)
+    : index(indexFolder) {
+  state.gSourceFolder = source;
+  state.gDestFolder = dest;
+  state.session.gIsSyncOn = true;
+  state.session.gIsExactOn = true;
+  state.mExecutedBy = kExecutedByTimer;
+  state.gMakeDetailedLog = true;
+  index.Bind(context);
+}
+
+void WriteIndexFiles(const std::string& indexFolder, const std::string& source, const std::string& dest,
+                     const std::string& treeSourceXml, const std::string& treeDestXml) {
+  trees::Build(indexFolder, {});
+  trees::Write(indexFolder + "/MG3ExactSyncMainIndex.plist",
+               "<plist version=\"1.0\"><dict><key>fileVersion</key><integer>320</integer>"
+               "<key>indexFilesList</key><array><dict><key>absolutePathSource</key><string>" + source +
+                   "</string><key>absolutePathDest</key><string>" + dest +
+                   "</string><key>indexFileName</key><string>pair.plist</string></dict></array></dict></plist>");
+  trees::Write(indexFolder + "/pair.plist",
+               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+               "<key>fileVersion</key><integer>320</integer>"
+               "<key>absolutePathSource</key><string>" + source + "</string>"
+               "<key>absolutePathDest</key><string>" + dest + "</string>"
+               "<key>lastExactSyncDate</key><date>2026-01-02T03:04:05Z</date>"
+               "<key>treeSource</key>" + treeSourceXml + "<key>treeDest</key>" + treeDestXml + "</dict></plist>");
+}
+
 }  // namespace marigold::index_test

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/error_path.h"
 #include "engine/exact_sync_index.h"
 #include "engine_run/run_harness.h"
 
@@ -77,5 +78,23 @@ class IndexHarness {
   std::string mSource, mDest;
   std::unique_ptr<RunDriver> mDriver;
 };
+
+// An index bound to a context of its own, for calling its operations one at a time; the run's
+// state says an exact synchronisation of `source` and `dest`.
+struct IndexContext {
+  IndexContext(const std::string& indexFolder, const std::string& source, const std::string& dest);
+  LinuxFileSystem fs;
+  RecordingProxy proxy;
+  RunServices services;
+  PlistDict preferences;
+  RunState state;
+  ErrorPath errors{state, proxy, preferences};
+  EngineContext context{state, fs, proxy, services, errors, preferences};
+  ExactSyncIndex index;
+};
+
+// Writes a main index listing one pair and that pair's file, both as XML text.
+void WriteIndexFiles(const std::string& indexFolder, const std::string& source, const std::string& dest,
+                     const std::string& treeSourceXml, const std::string& treeDestXml);
 
 }  // namespace marigold::index_test
