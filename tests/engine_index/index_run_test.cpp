@@ -1,10 +1,12 @@
 // Whole exact synchronisations on real trees with a real index: the first run, deletions carried
 // across on the next, swapped folders, a pair losing its index to another task kind, the
 // deletion conflicts under each rule, Stop, and damaged index files.
+#include <glib.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 #include <filesystem>
@@ -91,11 +93,17 @@ TEST(ExactIndexRun, DeletionsOnEitherSideAreCarriedAcross) {
 
 TEST(ExactIndexRun, NamesThatAreNotTextAreIndexedWithoutLoss) {
   IndexHarness h;
-  const trees::Tree odd{{"caf\xE9.txt", "latin-1"}, {"tab\tname", "t"}, {"R&D <x>/", ""}, {"R&D <x>/\xFF", "ff"},
+  const trees::Tree odd{{"caf\xE9.txt", "latin-1"}, {"tab\tname", "t"}, {"bell\x07\r", "b"}, {"R&D <x>/", ""}, {"R&D <x>/\xFF", "ff"},
                         {"100%", "p"}};
   trees::Build(h.A(), odd);
   h.Run();
   ASSERT_TRUE(ReadPlistDictFile(h.PairIndex())) << "the index stays a valid property list";
+  // Any XML reader must take it: UTF-8 throughout, no control characters but the layout's own.
+  const std::string text = h.temp.ReadFile(h.PairIndex());
+  EXPECT_TRUE(g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr));
+  EXPECT_TRUE(std::none_of(text.begin(), text.end(), [](char c) {
+    return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n';
+  }));
 
   for (const auto& [name, content] : odd) {
     if (name.back() == '/') continue;
