@@ -102,21 +102,18 @@ bool ExactSyncIndex::ExactSyncFileExists(bool load) {
     ReleaseTrees();
     return false;
   }
-  bool usable = true;
-  if (!srcTree.IsFolder(srcRoot)) {
-    const auto leaf = srcLeaves.find(srcKey);
-    ::syslog(LOG_ERR, "!!!Error: gExactSyncDictSrc className is %s\rContent: %s",
-             leaf == srcLeaves.end() ? "unknown" : leaf->second.className.c_str(),
-             leaf == srcLeaves.end() ? "" : leaf->second.content.c_str());
-    usable = false;
-  }
-  if (!dstTree.IsFolder(dstRoot)) {
-    const auto leaf = dstLeaves.find(dstKey);
-    ::syslog(LOG_ERR, "!!!Error: gExactSyncDictDst className is %s\rContent: %s",
-             leaf == dstLeaves.end() ? "unknown" : leaf->second.className.c_str(),
-             leaf == dstLeaves.end() ? "" : leaf->second.content.c_str());
-    usable = false;
-  }
+  // A root that is not a folder node is a damaged index: say what stands there.
+  auto isFolderNode = [](const char* which, const ExactIndexTree& tree, ExactIndexTree::NodeId root,
+                         const std::map<std::string, IndexRootLeaf>& leaves, const std::string& key) {
+    if (tree.IsFolder(root)) return true;
+    const auto leaf = leaves.find(key);
+    ::syslog(LOG_ERR, "!!!Error: %s className is %s\rContent: %s", which,
+             leaf == leaves.end() ? "unknown" : leaf->second.className.c_str(),
+             leaf == leaves.end() ? "" : leaf->second.content.c_str());
+    return false;
+  };
+  const bool srcUsable = isFolderNode("gExactSyncDictSrc", srcTree, srcRoot, srcLeaves, srcKey);
+  const bool usable = isFolderNode("gExactSyncDictDst", dstTree, dstRoot, dstLeaves, dstKey) && srcUsable;
   if (!usable) {
     ReleaseTrees();
     return false;

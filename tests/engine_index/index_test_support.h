@@ -59,7 +59,7 @@ class IndexHarness {
   void SetExactSyncRules(int radio, int ask);
   void SetSessionKey(const std::string& sub, const std::string& key, PlistValue value);
 
-  // Runs the session; a fresh ExactSyncIndex (as a new program would have) unless `keepIndex`.
+  // Runs the session with a fresh ExactSyncIndex, as a new program would have.
   RunDriver& Run(int executedBy = kExecutedByUser, FileSystem* fs = nullptr);
   RunState& state() { return mDriver->state(); }
   const PlistDict& Task0() const;
