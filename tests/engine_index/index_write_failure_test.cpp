@@ -134,20 +134,5 @@ TEST(ExactIndexWrite, EveryNameTakenAsksToEmptyTheFolder) {
                                       kTailB + ".\rPlease empty the folder \"" + h.IndexFolder() + "\"");
 }
 
-TEST(ExactIndexWrite, ModeOneLeavesAnExistingIndexAlone) {
-  IndexHarness h;
-  trees::Build(h.A(), {{"x.txt", "x"}});
-  h.Run();
-  const std::string before = h.temp.ReadFile(h.PairIndex());
-  trees::Build(h.A(), {{"y.txt", "y"}});
-
-  IndexContext c(h.IndexFolder(), h.A(), h.B());
-  EXPECT_FALSE(c.index.WriteExactSyncIndex(1, PlistDict()));
-  EXPECT_EQ(h.temp.ReadFile(h.PairIndex()), before);
-  EXPECT_TRUE(c.index.WriteExactSyncIndex(2, PlistDict()));
-  EXPECT_NE(h.temp.ReadFile(h.PairIndex()), before);
-  EXPECT_EQ(c.state.gTotError, 0);
-}
-
 }  // namespace
 }  // namespace marigold::index_test
