@@ -312,6 +312,7 @@ std::optional<PairIndexFile> ParsePairIndex(std::string_view bytes, bool withTre
   if (!bytes.starts_with("bplist")) {
     PairIndexFile file;
     if (StreamedReader(bytes, withTrees).Read(file)) return file;
+    if (bytes.starts_with(kIndexXmlSignature)) return std::nullopt;
   }
   return ParseForeign(bytes, withTrees);
 }

@@ -9,17 +9,13 @@
 #include <vector>
 
 #include "engine/exact_index_names.h"
+#include "engine/exact_index_xml.h"
 #include "util/quillon_additions.h"
 
 namespace marigold {
 namespace {
 
 constexpr std::size_t kFlushAt = 1 << 20;
-constexpr std::string_view kPrologue =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<plist version=\"1.0\">\n"
-    "<dict>\n";
-
 }  // namespace
 
 IndexXmlWriter::~IndexXmlWriter() { Abandon(); }
@@ -30,7 +26,7 @@ void IndexXmlWriter::Fail() {
   mBuffer.clear();
 }
 
-bool IndexXmlWriter::Open(const std::string& target) {
+bool IndexXmlWriter::Open(const std::string& target, std::int64_t fileVersion) {
   Abandon();
   mTarget = target;
   mFailed = false;
@@ -52,7 +48,8 @@ bool IndexXmlWriter::Open(const std::string& target) {
   ::umask(mask);
   if (::fchmod(mFd, 0666 & ~mask) != 0) Fail();
   mBuffer.reserve(kFlushAt + 4096);
-  Append(kPrologue);
+  Append(kIndexXmlSignature);
+  Append("\n\t<integer>" + std::to_string(fileVersion) + "</integer>\n");
   return !mFailed;
 }
 
@@ -107,15 +104,6 @@ void IndexXmlWriter::KeyString(std::string_view key, std::string_view text) {
 }
 
 void IndexXmlWriter::KeyPath(std::string_view key, std::string_view path) { KeyString(key, EscapeIndexPath(path)); }
-
-void IndexXmlWriter::KeyInteger(std::string_view key, std::int64_t value) {
-  Indent();
-  Append("<key>");
-  AppendQuoted(key);
-  Append("</key>\n");
-  Indent();
-  Append("<integer>" + std::to_string(value) + "</integer>\n");
-}
 
 void IndexXmlWriter::KeyDate(std::string_view key, PlistDate date) {
   const auto seconds = static_cast<std::time_t>(UnixSecondsFromDate(date));

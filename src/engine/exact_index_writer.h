@@ -19,15 +19,15 @@ class IndexXmlWriter {
   IndexXmlWriter(const IndexXmlWriter&) = delete;
   IndexXmlWriter& operator=(const IndexXmlWriter&) = delete;
 
-  // Creates the temporary file for `target` and writes the XML prologue and the opening of the
-  // top dictionary. False (with `failed()`) when the folder refuses it.
-  bool Open(const std::string& target);
+  // Creates the temporary file for `target` and writes the XML prologue, the opening of the top
+  // dictionary and its first item, "fileVersion". False (with `failed()`) when the folder
+  // refuses it.
+  bool Open(const std::string& target, std::int64_t fileVersion);
 
   // Elements of the top dictionary or of a tree. Names and paths are escaped (see
   // exact_index_names.h) and XML-quoted here. After a failure they do nothing.
   void KeyString(std::string_view key, std::string_view text);  // text as is
   void KeyPath(std::string_view key, std::string_view path);
-  void KeyInteger(std::string_view key, std::int64_t value);
   void KeyDate(std::string_view key, PlistDate date);
   void OpenDict(std::string_view key);  // a plain key (the top's own keys)
   void OpenFolder(std::string_view name);  // an item name

@@ -11,6 +11,12 @@
 
 namespace marigold {
 
+// How every index file the program writes begins. A file that begins so is read by the streamed
+// reader alone: a damaged one is refused at once instead of being handed to the general parser,
+// whose memory on a large index is several times the file's size.
+inline constexpr std::string_view kIndexXmlSignature =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n\t<key>fileVersion</key>";
+
 class IndexXmlCursor {
  public:
   explicit IndexXmlCursor(std::string_view text) : mText(text) {}

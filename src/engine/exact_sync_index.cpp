@@ -244,8 +244,7 @@ bool ExactSyncIndex::WriteExactSyncIndex(int mode, const PlistDict& taskRecord) 
   // The trees are walked even when the file cannot be opened: the leaves' backup dates are part
   // of the run's result, whatever becomes of the index.
   IndexXmlWriter writer;
-  writer.Open(*filePath);
-  writer.KeyInteger("fileVersion", kExactIndexFileVersion);
+  writer.Open(*filePath, kExactIndexFileVersion);
   writer.KeyPath("absolutePathSource", s.gSourceFolder);
   writer.KeyPath("absolutePathDest", s.gDestFolder);
   writer.KeyDate("lastExactSyncDate", s.gStartSyncDateTime);

@@ -62,13 +62,6 @@ TEST_F(IndexLookup, MembershipFollowsTheRecordedTree) {
   EXPECT_FALSE(c.index.ItWasExixting("/r/dst/a.txt", 0));
 }
 
-TEST_F(IndexLookup, WithoutLoadingOnlyTheDateIsFound) {
-  IndexContext c(folder.Path(), kSource, kDest);
-  EXPECT_TRUE(c.index.ExactSyncFileExists(false));
-  EXPECT_TRUE(c.index.lastExactSyncDate());
-  EXPECT_FALSE(c.index.ItWasExixting("/r/src/a.txt", 1)) << "no trees were loaded";
-}
-
 TEST_F(IndexLookup, ABinaryIndexReadsTheSame) {
   // Another writer's encoding of the same keys and types.
   std::optional<PlistDict> pair = ReadPlistDictFile(folder.Join("pair.plist"));

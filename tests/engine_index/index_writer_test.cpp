@@ -46,23 +46,6 @@ TEST(ExactIndexWriter, AddedItemsAreRecordedAndKeepTheirDates) {
   EXPECT_EQ(trees::BackupDate(temp.Join("B/gone.txt")), 1000) << "the counterpart of an added item keeps its date";
 }
 
-TEST(ExactIndexWriter, ANonExactSessionRemovesThePairsIndexAtItsLookup) {
-  TempFolder temp;
-  const std::string a = temp.Join("A"), b = temp.Join("B");
-  trees::Build(a, {{"x", "x"}});
-  trees::Build(b, {});
-  trees::Build(temp.Join("support"), {});
-  IndexContext c(temp.Join("support/idx"), a, b);
-  ASSERT_TRUE(c.index.WriteExactSyncIndex(2, PlistDict()));
-  ASSERT_TRUE(c.index.ExactSyncFileExists(false));
-
-  c.state.session.gIsExactOn = false;
-  EXPECT_TRUE(c.index.ExactSyncFileExists(false)) << "looking without loading changes nothing";
-  EXPECT_FALSE(c.index.ExactSyncFileExists(true));
-  EXPECT_NE(::access(temp.Join("support/idx/MG3ExactSyncIndex.plist").c_str(), F_OK), 0);
-  EXPECT_FALSE(c.index.ExactSyncFileExists(false));
-}
-
 TEST(ExactIndexWriter, ModeOneLeavesAnExistingIndexAlone) {
   IndexHarness h;
   trees::Build(h.A(), {{"x.txt", "x"}});
