@@ -45,6 +45,8 @@ class AppkitProxy {
   virtual void RunEnded() {}
   virtual void ShowMainFolders(const std::string& source, const std::string& dest) { (void)source; (void)dest; }
   virtual void SetTaskComment(const std::string& text) { (void)text; }
+  // The progress bar turns indeterminate, visible and animated (while the index is written).
+  virtual void ShowIndeterminateProgress() {}
   // Items still to do out of the total, at the console's refresh interval.
   virtual void UpdateItemsToDo(std::int64_t itemsToDo, std::int64_t itemsTotal) { (void)itemsToDo; (void)itemsTotal; }
   // Bytes of the file being copied.

@@ -43,6 +43,13 @@ bool ErrorPath::RecordItemError(std::initializer_list<std::string_view> parts) {
   return ManageTheError(mState.mErrString, 0);
 }
 
+bool ErrorPath::RecordItemErrorWithTail(std::initializer_list<std::string_view> parts, std::string_view tail) {
+  SetErrMsg(parts);
+  NoteError();
+  mState.mErrString.append(tail);
+  return ManageTheError(mState.mErrString, 0);
+}
+
 bool ErrorPath::ManageTheError(const std::string& message, int forceToCase) {
   std::int64_t effective = forceToCase;
   if (effective == 0) {

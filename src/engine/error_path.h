@@ -32,6 +32,9 @@ class ErrorPath {
   // The executor's and scan's item failure: SetErrMsg(parts), then the log line, gTotError + 1
   // and ManageTheError(mErrString, 0). True to go on.
   bool RecordItemError(std::initializer_list<std::string_view> parts);
+  // As RecordItemError, but `tail` is added to the message after the detailed log line was
+  // written: the log keeps the short form, the prompt shows the whole message.
+  bool RecordItemErrorWithTail(std::initializer_list<std::string_view> parts, std::string_view tail);
   // Appends `line` and a "\r" (unless it already ends with one) to gDetailedLogText when a
   // detailed log is kept (not for errors-only logs).
   void AppendDetailedLine(const std::string& line);

@@ -162,21 +162,31 @@ void RunDriver::PurgeAfterWholeSyncBackup() {
     const std::int64_t sessionIndex = sessionRecord->GetInt("sessionIndex");
     PurgeBeforeScanAndCopyOneSession(sessionIndex);
     std::int64_t sessionErrors = 0;
-    if (const PlistArray* tasks = sessionRecord->GetArray("logTaskArray")) {
-      for (const PlistValue& taskValue : *tasks) {
-        const PlistDict* record = taskValue.AsDict();
+    if (PlistArray* tasks = sessionRecord->GetArray("logTaskArray")) {
+      for (PlistValue& taskValue : *tasks) {
+        PlistDict* record = taskValue.AsDict();
         if (record == nullptr) continue;
+        // After a Stop the index and the dates would claim a run that did not finish; a dry run
+        // claims nothing, and neither does a task that was skipped before its copy.
+        const bool skipped = record->GetInt("taskSkipped") != 0;
+        if (!s.mUserPressedStop && !mDryRun && !skipped) {
+          s.gSourceFolder = record->GetString("gSourceFolder");
+          s.gDestFolder = record->GetString("gDestFolder");
+          // The record carries what the index needs: "addToExactIndexArray" and
+          // "restoreBackupDateArray". A failure to write it is one of the task's errors.
+          if (s.session.gIsSyncOn && s.session.gIsExactOn) {
+            s.gTotError = 0;
+            s.gDetailedLogText.clear();
+            mContext.services.WriteExactSyncIndex(s, *record, 2);
+            record->Set("gTotError", record->GetInt("gTotError") + s.gTotError);
+            record->Set("gDetailedLogText", record->GetString("gDetailedLogText") + s.gDetailedLogText);
+            s.gDetailedLogText.clear();
+          }
+        }
         const std::int64_t errors = record->GetInt("gTotError");
         sessionErrors += errors;
         s.gGlobalError += errors;
-        // After a Stop the index and the dates would claim a run that did not finish; a dry run
-        // claims nothing.
-        if (s.mUserPressedStop || mDryRun || record->GetInt("taskSkipped") != 0) continue;
-        s.gSourceFolder = record->GetString("gSourceFolder");
-        s.gDestFolder = record->GetString("gDestFolder");
-        // The record carries what the index needs: "addToExactIndexArray" and
-        // "restoreBackupDateArray".
-        if (s.session.gIsSyncOn && s.session.gIsExactOn) mContext.services.WriteExactSyncIndex(s, *record, 2);
+        if (s.mUserPressedStop || mDryRun || skipped) continue;
         // A volume that keeps no backup dates refuses them; the scan then reads "no date", which
         // is what the rules expect of such a volume.
         mContext.fs.SetBackupDate(s.gSourceFolder, s.gStartSyncDateTimeUTC);

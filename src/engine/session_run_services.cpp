@@ -6,13 +6,13 @@
 
 namespace marigold {
 
-SessionRunServices::SessionRunServices(std::string exactIndexFolder) : mExactIndexFolder(std::move(exactIndexFolder)) {}
+SessionRunServices::SessionRunServices(const std::string& exactIndexFolder) : mIndex(exactIndexFolder) {}
 
 SessionRunServices::~SessionRunServices() = default;
 
 void SessionRunServices::Bind(EngineContext& context) {
-  mContext = &context;
   mGuard.Bind(context);
+  mIndex.Bind(context);
 }
 
 void SessionRunServices::SessionStarts(RunState&, const PlistDict& session) { mFilters.SessionStarts(session); }
@@ -57,6 +57,16 @@ bool SessionRunServices::RestoreOriginalAttr(RunState& state, const std::string&
 
 void SessionRunServices::RemoveItemOKFromRestore(RunState& state, const std::string& path) {
   mGuard.RemoveItemOKFromRestore(state, path);
+}
+
+bool SessionRunServices::ExactSyncFileExists(RunState&, int which) { return mIndex.ExactSyncFileExists(which == 1); }
+
+bool SessionRunServices::ItWasExixting(RunState&, const std::string& path, int where) {
+  return mIndex.ItWasExixting(path, where);
+}
+
+bool SessionRunServices::WriteExactSyncIndex(RunState&, const PlistDict& taskRecord, int mode) {
+  return mIndex.WriteExactSyncIndex(mode, taskRecord);
 }
 
 std::optional<std::string> SessionRunServices::GetDestSubFolderName(RunState& state, const std::string& source) {

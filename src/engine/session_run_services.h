@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "engine/exact_sync_index.h"
 #include "engine/folder_guard.h"
 #include "engine/run_services.h"
 #include "options/filters.h"
@@ -16,7 +17,7 @@ class SessionRunServices : public RunServices {
  public:
   // `exactIndexFolder` is where the exact-sync index lives (the support folder's
   // "ExactSync Indexes").
-  explicit SessionRunServices(std::string exactIndexFolder);
+  explicit SessionRunServices(const std::string& exactIndexFolder);
   ~SessionRunServices() override;
 
   void Bind(EngineContext& context) override;
@@ -39,16 +40,20 @@ class SessionRunServices : public RunServices {
   bool IsToBeFiltered(RunState& state, const std::string& path, const ItemAttributes& attributes) override;
   PlistArray ExecutiveMultiArray(RunState& state, const PlistDict& session) override;
 
+  // --- the exact-sync index ------------------------------------------------------------------
+  bool ExactSyncFileExists(RunState& state, int which) override;
+  bool ItWasExixting(RunState& state, const std::string& path, int where) override;
+  bool WriteExactSyncIndex(RunState& state, const PlistDict& taskRecord, int mode) override;
+
   // --- the dated sub-folder -----------------------------------------------------------------
   std::optional<std::string> GetDestSubFolderName(RunState& state, const std::string& source) override;
 
   FolderGuard& guard() { return mGuard; }
 
  private:
-  std::string mExactIndexFolder;
   FolderGuard mGuard;
+  ExactSyncIndex mIndex;
   SessionFilters mFilters;
-  EngineContext* mContext = nullptr;
 };
 
 }  // namespace marigold

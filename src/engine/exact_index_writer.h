@@ -1,0 +1,62 @@
+// Writes an exact-sync index file as XML property-list text while the trees are walked, so a
+// million-item pair never exists twice in memory. The text goes to a temporary file beside the
+// target and replaces the target by rename only when everything was written and synced: a
+// failed or abandoned write leaves the previous index as it was and no temporary behind.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "util/plist_value.h"
+
+namespace marigold {
+
+class IndexXmlWriter {
+ public:
+  IndexXmlWriter() = default;
+  ~IndexXmlWriter();  // abandons an uncommitted file
+  IndexXmlWriter(const IndexXmlWriter&) = delete;
+  IndexXmlWriter& operator=(const IndexXmlWriter&) = delete;
+
+  // Creates the temporary file for `target` and writes the XML prologue, the opening of the top
+  // dictionary and its first item, "fileVersion". False (with `failed()`) when the folder
+  // refuses it.
+  bool Open(const std::string& target, std::int64_t fileVersion);
+
+  // Elements of the top dictionary or of a tree. Names and paths are escaped (see
+  // exact_index_names.h) and XML-quoted here. After a failure they do nothing.
+  void KeyString(std::string_view key, std::string_view text);  // text as is
+  void KeyPath(std::string_view key, std::string_view path);
+  void KeyDate(std::string_view key, PlistDate date);
+  void OpenDict(std::string_view key);  // a plain key (the top's own keys)
+  void OpenFolder(std::string_view name);  // an item name
+  void CloseDict();
+  void Leaf(std::string_view name);  // name and the empty string
+
+  // Closes the document, syncs and renames over the target. False when any step failed; then
+  // the target is untouched.
+  bool Commit();
+  // Removes the temporary file; the target is untouched.
+  void Abandon();
+
+  bool failed() const { return mFailed; }
+  int error() const { return mErrno; }  // errno of the first failure
+
+ private:
+  void Append(std::string_view text);
+  void AppendQuoted(std::string_view text);
+  void Indent();
+  void Flush();
+  void Fail();
+
+  int mFd = -1;
+  std::string mTarget;
+  std::string mTemporary;
+  std::string mBuffer;
+  int mDepth = 0;
+  bool mFailed = false;
+  int mErrno = 0;
+};
+
+}  // namespace marigold

@@ -1,0 +1,64 @@
+// Exact synchronisation from the command line across several runs: the index kept in the support
+// folder carries deletions made on either side, and an exact backup follows its source.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include "run_cli.h"
+#include "support/tree_values.h"
+
+namespace marigold::cli_run_test {
+namespace {
+
+using trees::Tree;
+
+TEST(ExactSyncCli, DeletionsOnEitherSideAreCarriedAcrossRuns) {
+  CliSandbox box;
+  const std::string a = box.Path("A");
+  const std::string b = box.Path("B");
+  trees::Build(a, {{"keep.txt", "k"}, {"a.txt", "a"}, {"docs/", ""}, {"docs/d.txt", "d"}});
+  trees::Build(b, {{"b.txt", "b"}});
+  const std::vector<std::string> sync{"sync", "--exact", a, b};
+
+  // First run: nothing is known to be deleted, so both sides get everything.
+  CliResult first = box.Run(sync);
+  ASSERT_EQ(first.status, 0) << first.out << first.err;
+  const Tree all{{"keep.txt", "k"}, {"a.txt", "a"}, {"b.txt", "b"}, {"docs/", ""}, {"docs/d.txt", "d"}};
+  EXPECT_EQ(trees::Read(a), all);
+  EXPECT_EQ(trees::Read(b), all);
+
+  // Deleted on B, and a folder deleted on A: both deletions cross over.
+  ASSERT_EQ(::unlink((b + "/a.txt").c_str()), 0);
+  ASSERT_EQ(::unlink((a + "/docs/d.txt").c_str()), 0);
+  ASSERT_EQ(::rmdir((a + "/docs").c_str()), 0);
+  trees::Build(b, {{"new-on-b.txt", "n"}});
+  CliResult second = box.Run(sync);
+  ASSERT_EQ(second.status, 0) << second.out << second.err;
+  const Tree after{{"keep.txt", "k"}, {"b.txt", "b"}, {"new-on-b.txt", "n"}};
+  EXPECT_EQ(trees::Read(a), after);
+  EXPECT_EQ(trees::Read(b), after);
+
+  // A plain synchronisation of the pair forgets the index: a later exact run starts afresh and
+  // brings back what one side lacks instead of deleting it.
+  ASSERT_EQ(box.Run({"sync", a, b}).status, 0);
+  ASSERT_EQ(::unlink((a + "/b.txt").c_str()), 0);
+  ASSERT_EQ(box.Run(sync).status, 0);
+  EXPECT_EQ(trees::Read(a), after);
+}
+
+TEST(ExactSyncCli, AnExactBackupFollowsItsSource) {
+  CliSandbox box;
+  const std::string a = box.Path("A");
+  const std::string b = box.Path("B");
+  trees::Build(a, {{"keep.txt", "k"}, {"old.txt", "o"}});
+  const std::vector<std::string> backup{"sync", "--backup", "--exact", a, b};
+  ASSERT_EQ(box.Run(backup).status, 0);
+  ASSERT_EQ(::unlink((a + "/old.txt").c_str()), 0);
+  trees::Build(a, {{"new.txt", "n"}});
+  CliResult second = box.Run(backup);
+  ASSERT_EQ(second.status, 0) << second.out << second.err;
+  EXPECT_EQ(trees::Read(b), (Tree{{"keep.txt", "k"}, {"new.txt", "n"}}));
+}
+
+}  // namespace
+}  // namespace marigold::cli_run_test
