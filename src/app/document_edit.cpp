@@ -15,7 +15,6 @@
 namespace marigold {
 namespace {
 
-constexpr const char* kDateFormat = "%Y-%m-%dT%H:%M:%SZ";
 
 std::vector<std::string> SplitKeyPath(std::string_view keyPath) {
   std::vector<std::string> parts;
@@ -110,20 +109,8 @@ std::optional<PlistValue> ParseNumber(PlistValue::Type type, std::string_view te
 }
 
 std::optional<PlistValue> ParseDate(std::string_view text) {
-  std::tm parts{};
-  const std::string copy(text);
-  const char* end = ::strptime(copy.c_str(), kDateFormat, &parts);
-  if (end == nullptr || *end != '\0') return std::nullopt;
-  const std::time_t seconds = ::timegm(&parts);
-  // strptime takes "2024-5-1T9:3:0Z" and 30 February; only the canonical spelling of a real
-  // moment is a date here.
-  std::tm back{};
-  char formatted[32];
-  if (::gmtime_r(&seconds, &back) == nullptr || std::strftime(formatted, sizeof formatted, kDateFormat, &back) == 0 ||
-      copy != formatted) {
-    return std::nullopt;
-  }
-  return PlistValue(DateFromUnixSeconds(static_cast<double>(seconds)));
+  if (auto date = ParseIsoUtcDate(text)) return PlistValue(*date);
+  return std::nullopt;
 }
 
 std::optional<PlistValue> ParseData(std::string_view text) {
@@ -199,13 +186,7 @@ std::string ValueText(const PlistValue& value) {
       return error == std::errc() ? std::string(text, end) : std::string();
     }
     case PlistValue::Type::Boolean: return *value.AsBoolean() ? "true" : "false";
-    case PlistValue::Type::Date: {
-      const auto seconds = static_cast<std::time_t>(std::floor(UnixSecondsFromDate(*value.AsDate())));
-      std::tm parts{};
-      char text[32] = "";
-      if (::gmtime_r(&seconds, &parts) != nullptr) std::strftime(text, sizeof text, kDateFormat, &parts);
-      return text;
-    }
+    case PlistValue::Type::Date: return IsoUtcDateText(*value.AsDate());
     case PlistValue::Type::Data: {
       const PlistData& data = *value.AsData();
       std::unique_ptr<gchar, decltype(&g_free)> text(g_base64_encode(data.data(), data.size()), &g_free);

@@ -33,24 +33,6 @@ struct Scalar {
   std::optional<PlistDate> date;
 };
 
-std::optional<PlistDate> ParseXmlDate(std::string_view text) {
-  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
-  char zone = 0;
-  const std::string copy(text.substr(0, 32));
-  if (std::sscanf(copy.c_str(), "%d-%d-%dT%d:%d:%d%c", &year, &month, &day, &hour, &minute, &second, &zone) != 7 ||
-      zone != 'Z') {
-    return std::nullopt;
-  }
-  std::tm parts{};
-  parts.tm_year = year - 1900;
-  parts.tm_mon = month - 1;
-  parts.tm_mday = day;
-  parts.tm_hour = hour;
-  parts.tm_min = minute;
-  parts.tm_sec = second;
-  return DateFromUnixSeconds(static_cast<double>(::timegm(&parts)));
-}
-
 void StoreHeader(PairIndexFile& file, std::string_view key, const Scalar& value) {
   if (key == "fileVersion") {
     file.fileVersion = value.number;
@@ -137,7 +119,7 @@ class StreamedReader {
         value.number = static_cast<std::int64_t>(real);
       }
     } else if (tag.name == "date") {
-      value.date = ParseXmlDate(value.text);
+      value.date = ParseIsoUtcDate(value.text);
     }
     return true;
   }

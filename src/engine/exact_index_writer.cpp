@@ -106,11 +106,7 @@ void IndexXmlWriter::KeyString(std::string_view key, std::string_view text) {
 void IndexXmlWriter::KeyPath(std::string_view key, std::string_view path) { KeyString(key, EscapeIndexPath(path)); }
 
 void IndexXmlWriter::KeyDate(std::string_view key, PlistDate date) {
-  const auto seconds = static_cast<std::time_t>(UnixSecondsFromDate(date));
-  std::tm parts{};
-  ::gmtime_r(&seconds, &parts);
-  char text[64];
-  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
+  const std::string text = IsoUtcDateText(date);
   Indent();
   Append("<key>");
   AppendQuoted(key);

@@ -9,6 +9,7 @@
 #include <cctype>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <ctime>
 #include <memory>
 #include <vector>
@@ -156,6 +157,31 @@ PlistDate DateFromUnixSeconds(double unixSeconds) {
 }
 
 double UnixSecondsFromDate(PlistDate date) { return date.seconds + kPlistEpochUnixSeconds; }
+
+namespace {
+constexpr const char* kIsoUtcFormat = "%Y-%m-%dT%H:%M:%SZ";
+}  // namespace
+
+std::string IsoUtcDateText(PlistDate date) {
+  const auto seconds = static_cast<std::time_t>(std::floor(UnixSecondsFromDate(date)));
+  std::tm parts{};
+  char text[32] = "";
+  if (::gmtime_r(&seconds, &parts) != nullptr) std::strftime(text, sizeof text, kIsoUtcFormat, &parts);
+  return text;
+}
+
+std::optional<PlistDate> ParseIsoUtcDate(std::string_view text) {
+  if (text.size() > 31) return std::nullopt;
+  const std::string copy(text);
+  std::tm parts{};
+  const char* end = ::strptime(copy.c_str(), kIsoUtcFormat, &parts);
+  if (end == nullptr || *end != '\0') return std::nullopt;
+  const std::time_t seconds = ::timegm(&parts);
+  // strptime takes "2024-5-1T9:3:0Z" and 30 February; only the spelling of a real moment counts.
+  const PlistDate date = DateFromUnixSeconds(static_cast<double>(seconds));
+  if (IsoUtcDateText(date) != copy) return std::nullopt;
+  return date;
+}
 
 PlistDate TruncateSeconds(PlistDate date) { return Cleared(date, {UCAL_SECOND, UCAL_MILLISECOND}); }
 

@@ -36,6 +36,10 @@ PlistDate Now();
 // Conversions between property-list dates and Unix time.
 PlistDate DateFromUnixSeconds(double unixSeconds);
 double UnixSecondsFromDate(PlistDate date);
+// A moment as XML property lists spell it, "2024-05-01T09:30:00Z" (UTC, whole seconds).
+std::string IsoUtcDateText(PlistDate date);
+// Reads that spelling; nothing for any other, or for a moment that does not exist (30 February).
+std::optional<PlistDate> ParseIsoUtcDate(std::string_view text);
 
 PlistDate TruncateSeconds(PlistDate date);        // seconds and below set to zero
 PlistDate TruncateHours(PlistDate date);          // local midnight of the date's day
