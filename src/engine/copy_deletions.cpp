@@ -27,7 +27,9 @@ bool CopyExecutor::QLDeleteFile(const std::string& path, bool sideA, const ItemA
     if (!MayChangeItemsIn(ParentFolderOf(path)) &&
         !mContext.services.UnlockChain(state, path, SideRoot(sideA), 2))
       return ReportError({failure, " ", Quoted(path), "\r", GLS("Insufficient privileges")});
-    // A package is a folder on disk: it goes with everything inside it.
+    // A package is a folder on disk: it goes with everything inside it, locked items included
+    // when locked items are handled.
+    if (!trash && attributes.IsFolder() && state.session.gIsUnlockOn) mContext.services.UnlockWholeItem(state, path);
     FsStatus done = trash ? fs.MoveToTrash(path) : attributes.IsFolder() ? fs.RemoveTree(path) : fs.RemoveItem(path);
     if (!done) return ReportError({failure, " ", Quoted(path), "\r", FailureDescription(done.Error(), failure)});
   }

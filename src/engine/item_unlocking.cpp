@@ -134,9 +134,10 @@ bool ItemUnlocking::UnlockWholeItem(const std::string& path) {
   FileSystem& fs = mContext.fs;
   auto attributes = fs.GetAttributes(path);
   if (!attributes) return false;
+  // A link has neither flags nor permissions of its own to open.
+  if (attributes.Value().kind == ItemKind::kSymlink) return true;
   bool done = fs.SetLocked(path, false).Ok();
-  if (attributes.Value().kind != ItemKind::kSymlink)
-    done = fs.SetMode(path, attributes.Value().mode | kOwnerRights).Ok() && done;
+  done = fs.SetMode(path, attributes.Value().mode | kOwnerRights).Ok() && done;
   if (!attributes.Value().IsFolder()) return done;
   auto entries = fs.ListFolder(path);
   if (!entries) return false;

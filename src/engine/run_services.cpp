@@ -12,6 +12,7 @@ std::string RunServices::LastPrivilegeProblem() { return {}; }
 int RunServices::CheckPrivilegesOnFiles(RunState&, const std::string&, const std::string&, int) { return 0; }
 bool RunServices::TryResolveSymLinkFile(RunState&, std::string&, ItemAttributes&, bool&) { return true; }
 bool RunServices::UnlockChain(RunState&, const std::string&, const std::string&, int) { return false; }
+bool RunServices::UnlockWholeItem(RunState&, const std::string&) { return true; }
 bool RunServices::RestoreOriginalAttr(RunState&, const std::string&, const std::string&) { return true; }
 void RunServices::RemoveItemOKFromRestore(RunState&, const std::string&) {}
 bool RunServices::IsToBeExcluded(RunState&, const std::string&) { return false; }

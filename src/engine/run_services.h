@@ -52,6 +52,9 @@ class RunServices {
   // 2 deletable, 3 creatable). Default: false (nothing unlocked).
   virtual bool UnlockChain(RunState& state, const std::string& item, const std::string& mainFolder,
                            int check);
+  // Opens an item and everything inside it (immutable flag cleared, owner rights added) before it
+  // is deleted whole. Default: true (nothing to open).
+  virtual bool UnlockWholeItem(RunState& state, const std::string& path);
   // Puts back locks and permissions that the walk of `node` opened. Default: true.
   virtual bool RestoreOriginalAttr(RunState& state, const std::string& pathA, const std::string& pathB);
   virtual void RemoveItemOKFromRestore(RunState& state, const std::string& path);

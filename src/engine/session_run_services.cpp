@@ -51,6 +51,10 @@ bool SessionRunServices::UnlockChain(RunState& state, const std::string& item, c
   return mGuard.UnlockChain(state, item, mainFolder, check);
 }
 
+bool SessionRunServices::UnlockWholeItem(RunState& state, const std::string& path) {
+  return mGuard.UnlockWholeItem(state, path);
+}
+
 bool SessionRunServices::RestoreOriginalAttr(RunState& state, const std::string& pathA, const std::string& pathB) {
   return mGuard.RestoreOriginalAttr(state, pathA, pathB);
 }

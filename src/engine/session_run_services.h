@@ -32,6 +32,7 @@ class SessionRunServices : public RunServices {
   bool TryResolveSymLinkFile(RunState& state, std::string& path, ItemAttributes& attributes,
                              bool& isSymLink) override;
   bool UnlockChain(RunState& state, const std::string& item, const std::string& mainFolder, int check) override;
+  bool UnlockWholeItem(RunState& state, const std::string& path) override;
   bool RestoreOriginalAttr(RunState& state, const std::string& pathA, const std::string& pathB) override;
   void RemoveItemOKFromRestore(RunState& state, const std::string& path) override;
 
