@@ -73,12 +73,6 @@ TEST_F(EditedDocument, RowsTheirPanelsWouldRefuseAreNotWritten) {
   EXPECT_EQ(emptyName.status, 2);
   EXPECT_NE(emptyName.err.find("Please insert a valid file name."), std::string::npos) << emptyName.err;
 
-  const CliResult badDay = Set({"filterDict.filterArray.0.filterModificationDateOn=1",
-                                "filterDict.filterArray.0.filterModificationDateMonth=2",
-                                "filterDict.filterArray.0.filterModificationDateDay=30"});
-  EXPECT_EQ(badDay.status, 2);
-  EXPECT_NE(badDay.err.find("Please insert a valid Day number."), std::string::npos) << badDay.err;
-
   const CliResult samePaths = Set({"multiDict.multiOn=1", "multiDict.multiArray.0.source=/data/x",
                                    "multiDict.multiArray.0.destination=/data/y",
                                    "multiDict.multiArray.2.source=/data/z",
