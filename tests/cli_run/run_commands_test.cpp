@@ -5,11 +5,11 @@
 
 #include "app/document_model.h"
 #include "platform/linux_file_system.h"
-#include "run_cli.h"
+#include "cli/cli_runner.h"
 #include "support/tree_values.h"
 #include "util/plist_io.h"
 
-namespace marigold::cli_run_test {
+namespace marigold::cli_testing {
 namespace {
 
 using trees::Tree;
@@ -28,7 +28,7 @@ class TaskKinds : public ::testing::TestWithParam<KindCase> {};
 
 TEST_P(TaskKinds, EndToEnd) {
   const KindCase& c = GetParam();
-  CliSandbox box;
+  CliHome box;
   const std::string a = box.Path("A");
   const std::string b = box.Path("B");
   trees::Build(a, {{"only-a.txt", "from A"}, {"both.txt", "A is newer"}, {"docs/", ""}, {"docs/d.txt", "doc"}});
@@ -72,7 +72,7 @@ class CannotStart : public ::testing::TestWithParam<UsageCase> {};
 
 TEST_P(CannotStart, ExitsWithTwo) {
   const UsageCase& c = GetParam();
-  CliSandbox box;
+  CliHome box;
   trees::Build(box.Path("A"), {{"a.txt", "a"}});
   trees::Build(box.Path("B"), {});
   trees::Write(box.Path("garbage.mgy"), "this is not a property list");
@@ -104,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(RunCommands, ErrorsCountedByTheRunExitWithOne) {
-  CliSandbox box;
+  CliHome box;
   trees::Build(box.Path("A"), {{"a.txt", "a"}, {"b.txt", "b"}});
   trees::Build(box.Path("B"), {});
   LinuxFileSystem fs;
@@ -123,7 +123,7 @@ TEST(RunCommands, ErrorsCountedByTheRunExitWithOne) {
 }
 
 TEST(RunCommands, DryRunPrintsTheDecisionsAndChangesNothing) {
-  CliSandbox box;
+  CliHome box;
   const std::string a = box.Path("A");
   const std::string b = box.Path("B");
   trees::Build(a, {{"new.txt", "n"}, {"sub/", ""}, {"sub/deep.txt", "d"}, {"both.txt", "newer"}});
@@ -149,7 +149,7 @@ TEST(RunCommands, DryRunPrintsTheDecisionsAndChangesNothing) {
 }
 
 TEST(RunCommands, APreferenceSetForOneRunLeavesThePreferencesFileAlone) {
-  CliSandbox box;
+  CliHome box;
   const std::string a = box.Path("A");
   const std::string b = box.Path("B");
   trees::Build(a, {{"f.txt", "changed a minute later"}});
@@ -157,7 +157,7 @@ TEST(RunCommands, APreferenceSetForOneRunLeavesThePreferencesFileAlone) {
   trees::SetModified(a + "/f.txt", kOld + 60);
   trees::SetModified(b + "/f.txt", kOld);
   ASSERT_EQ(box.Run({"sync", a, b, "--dry-run"}).status, 0);  // writes the preferences file
-  const std::string before = ReadBytes(box.PreferencesFile());
+  const std::string before = ReadFileText(box.PreferencesFile());
   ASSERT_FALSE(before.empty());
 
   // Two minutes of tolerance make the two files equal for this run.
@@ -166,7 +166,7 @@ TEST(RunCommands, APreferenceSetForOneRunLeavesThePreferencesFileAlone) {
 
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(trees::Read(b), (Tree{{"f.txt", "original"}}));
-  EXPECT_EQ(ReadBytes(box.PreferencesFile()), before);
+  EXPECT_EQ(ReadFileText(box.PreferencesFile()), before);
 
   const CliResult without = box.Run({"sync", a, b});
   EXPECT_EQ(without.status, 0) << without.err;
@@ -191,7 +191,7 @@ class RunDocument : public ::testing::Test {
 
   bool Copied(int session) const { return !trees::Read(box.Path("B" + std::to_string(session))).empty(); }
 
-  CliSandbox box;
+  CliHome box;
   const std::string document = box.Path("sessions.mgy");
 };
 
@@ -228,7 +228,7 @@ class InteractivePreview : public ::testing::TestWithParam<PreviewAnswer> {};
 
 TEST_P(InteractivePreview, AsksOnTheTerminalBeforeCopying) {
   const PreviewAnswer& c = GetParam();
-  CliSandbox box;
+  CliHome box;
   trees::Build(box.Path("A"), {{"a.txt", "a"}});
   trees::Build(box.Path("B"), {});
 
@@ -247,4 +247,4 @@ INSTANTIATE_TEST_SUITE_P(RunCommands, InteractivePreview,
                          [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
-}  // namespace marigold::cli_run_test
+}  // namespace marigold::cli_testing

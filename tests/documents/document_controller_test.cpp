@@ -59,7 +59,8 @@ struct App {
   DocumentStore store{folder.Join("template.plist"), prompts};
   DocumentController controller{store, host, prompts, folder.Join("Marigold 3.0 Template.plist")};
 
-  App() {
+  explicit App(bool launch = true) {
+    if (!launch) return;
     controller.ReadFileTemplate(false, false);
     controller.FinishLaunching();
     host.calls.clear();
@@ -193,25 +194,21 @@ TEST(DocumentCommands, NothingStartsWhileCopying) {
 }
 
 TEST(DocumentCommands, AFileGivenDuringLaunchOpensOnceLaunchingHasFinished) {
-  TempFolder folder;
-  ScriptedPrompts prompts;
-  RecordingHost host;
-  DocumentStore store(folder.Join("template.plist"), prompts);
-  DocumentController controller(store, host, prompts, "");
+  App app(false);
   const std::string path = FixtureDocument("v420", "binary");
-  EXPECT_TRUE(controller.OpenFile(path));
-  EXPECT_TRUE(host.calls.empty());
-  controller.ReadFileTemplate(false, false);
-  EXPECT_EQ(store.mainDict(), NewTemplate());
+  EXPECT_TRUE(app.controller.OpenFile(path));
+  EXPECT_TRUE(app.host.calls.empty());
+  app.controller.ReadFileTemplate(false, false);
+  EXPECT_EQ(app.store.mainDict(), NewTemplate());
 
-  controller.FinishLaunching();
-  EXPECT_EQ((Flags{store.isDocumentOpen, store.isDocumentSaved, store.isDocumentTemplate}), kFile);
-  EXPECT_EQ(store.pathDocumentFile, path);
-  EXPECT_EQ(store.mainDict(), RawFixture("v420", "binary"));
-  EXPECT_EQ(host.title, "v420-binary");
+  app.controller.FinishLaunching();
+  EXPECT_EQ(app.CurrentFlags(), kFile);
+  EXPECT_EQ(app.store.pathDocumentFile, path);
+  EXPECT_EQ(app.store.mainDict(), RawFixture("v420", "binary"));
+  EXPECT_EQ(app.host.title, "v420-binary");
   for (const std::string& call : std::vector<std::string>{"Represented:" + path, "Recent:" + path,
                                                            "ClearTaskComment", "SetDocumentSessions"}) {
-    EXPECT_TRUE(host.Called(call)) << call;
+    EXPECT_TRUE(app.host.Called(call)) << call;
   }
 }
 
@@ -290,17 +287,13 @@ TEST(DocumentCommands, TheTemplateIsReadUnlessTheResetKeyIsHeld) {
       {"damaged template", std::string("<plist>"), bytes, false, false, false},
   };
   for (const auto& c : cases) {
-    TempFolder folder;
-    ScriptedPrompts prompts;
-    RecordingHost host;
-    DocumentStore store(folder.Join("template.plist"), prompts);
-    DocumentController controller(store, host, prompts, folder.Join("Marigold 3.0 Template.plist"));
-    if (c.current) folder.WriteFile("template.plist", *c.current);
-    if (c.previous) folder.WriteFile("Marigold 3.0 Template.plist", *c.previous);
-    controller.ReadFileTemplate(c.keyHeld, c.hidden);
-    EXPECT_EQ(store.mainDict(), c.fromTemplate ? saved : NewTemplate()) << c.name;
-    EXPECT_TRUE(store.isDocumentOpen && store.isDocumentTemplate) << c.name;
-    EXPECT_TRUE(prompts.Alerts().empty()) << c.name;
+    App app(false);
+    if (c.current) app.folder.WriteFile("template.plist", *c.current);
+    if (c.previous) app.folder.WriteFile("Marigold 3.0 Template.plist", *c.previous);
+    app.controller.ReadFileTemplate(c.keyHeld, c.hidden);
+    EXPECT_EQ(app.store.mainDict(), c.fromTemplate ? saved : NewTemplate()) << c.name;
+    EXPECT_TRUE(app.store.isDocumentOpen && app.store.isDocumentTemplate) << c.name;
+    EXPECT_TRUE(app.prompts.Alerts().empty()) << c.name;
   }
 }
 

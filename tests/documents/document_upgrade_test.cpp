@@ -197,20 +197,6 @@ TEST(RemoveDuplicateVolumeRows, OnlyRowsWithSchemeHostAndMountPointCanBeDuplicat
   EXPECT_EQ(tags, (std::vector<std::string>{"2", "3", "4", "5", "-", "6", "7"}));
 }
 
-TEST(UpgradeDocument, RefusesRootsWithoutUsableSessions) {
-  const PlistDict cases[] = {
-      PlistDict{{"fileVersion", 420}},
-      PlistDict{{"sessionsArray", "x"}},
-      PlistDict{{"sessionsArray", PlistArray{}}},
-      PlistDict{{"sessionsArray", PlistArray{PlistDict{}, PlistValue(4)}}},
-  };
-  for (const PlistDict& root : cases) {
-    PlistDict copy = root;
-    EXPECT_FALSE(UpgradeDocument(copy, 300, Now()));
-    EXPECT_EQ(copy, root);
-  }
-}
-
 TEST(UpgradeDocument, RepairsWrongTypesWithDefaults) {
   PlistDict root = NewTemplate();
   root.Set("sessionIndex", "two");

@@ -31,30 +31,26 @@ PlistDict NameContains(const std::string& text) {
 const trees::Tree kSource{{"keep.txt", "k"}, {"Skip.TMP", "s"},        {"Private/", ""}, {"Private/inner.txt", "i"},
                           {"sub/", ""},      {"sub/deep.tmp", "d"},    {"sub/deep.txt", "t"}};
 
+// Copy/skip 2 leaves matches out; 1 keeps only them, and a folder that does not match ("sub") is
+// never walked, so its .tmp file is not reached. The exclusion names its folder in other letters.
 TEST(FilterRuns, LeftOutItemsAndExcludedFoldersStayBehind) {
-  RunHarness h;
-  trees::Build(h.A(), kSource);
-  h.document = MakeDocument({{h.A(), h.B(), 2}});
-  // The exclusion names the folder in other letters; its contents go with it.
-  UseFilters(h.document, NameContains(".tmp"), 2, {h.A("PRIVATE")});
-  OptionServices services;
-  std::unique_ptr<RunDriver> driver;
-  RunWith(h, services, driver);
-  EXPECT_EQ(trees::Read(h.B()), (trees::Tree{{"keep.txt", "k"}, {"sub/", ""}, {"sub/deep.txt", "t"}}));
-  EXPECT_TRUE(driver->state().logSessionArray.at(0).AsDict()->Contains("executiveFilterArray"));
-  EXPECT_EQ(*driver->state().logSessionArray.at(0).AsDict()->GetArray("executiveExcludeArray"), (PlistArray{h.A("PRIVATE")}));
-}
-
-TEST(FilterRuns, OnlyMatchingItemsAreProcessed) {
-  RunHarness h;
-  trees::Build(h.A(), kSource);
-  h.document = MakeDocument({{h.A(), h.B(), 2}});
-  // Folders are items too: "sub" does not match, so its .tmp file is never reached.
-  UseFilters(h.document, NameContains(".tmp"), 1, {});
-  OptionServices services;
-  std::unique_ptr<RunDriver> driver;
-  RunWith(h, services, driver);
-  EXPECT_EQ(trees::Read(h.B()), (trees::Tree{{"Skip.TMP", "s"}}));
+  const struct { int copySkip; trees::Tree want; } cases[] = {
+      {2, {{"keep.txt", "k"}, {"sub/", ""}, {"sub/deep.txt", "t"}}},
+      {1, {{"Skip.TMP", "s"}}},
+  };
+  for (const auto& c : cases) {
+    RunHarness h;
+    trees::Build(h.A(), kSource);
+    h.document = MakeDocument({{h.A(), h.B(), 2}});
+    UseFilters(h.document, NameContains(".tmp"), c.copySkip, {h.A("PRIVATE")});
+    OptionServices services;
+    std::unique_ptr<RunDriver> driver;
+    RunWith(h, services, driver);
+    EXPECT_EQ(trees::Read(h.B()), c.want) << c.copySkip;
+    const PlistDict& log = *driver->state().logSessionArray.at(0).AsDict();
+    EXPECT_TRUE(log.Contains("executiveFilterArray"));
+    EXPECT_EQ(*log.GetArray("executiveExcludeArray"), (PlistArray{h.A("PRIVATE")}));
+  }
 }
 
 }  // namespace

@@ -37,17 +37,17 @@ INSTANTIATE_TEST_SUITE_P(
                       0x71, 0x6B, 0x3C, 0x44, 0x81, 0x47, 0x48, 0xCF, 0xB5}}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(WellData, EmptyInEmptyOut) {
+TEST(WellData, EmptyShortOrDamagedBytesReadAsNoPassword) {
   EXPECT_TRUE(SetWellData("").empty());
   EXPECT_EQ(GetWellData({}), "");
-}
-
-TEST(WellData, ShortPasswordsAreNotRestored) {
   // "4ab" scrambled: a stored two-character password.
   EXPECT_EQ(GetWellData({0x00, 0xFA, 0xF9}), "");
   EXPECT_EQ(GetWellData(SetWellData("a")), "");
   EXPECT_EQ(GetWellData(SetWellData("\xC3\xA9\xC3\xA9")), "");  // two characters, four bytes
   EXPECT_EQ(GetWellData(SetWellData("\xC3\xA9\xC3\xA9\xC3\xA9")), "\xC3\xA9\xC3\xA9\xC3\xA9");
+  PlistData bytes = SetWellDataWithDigit("secret", '7');
+  bytes[3] ^= 0x80;  // no longer valid UTF-8 once unscrambled
+  EXPECT_EQ(GetWellData(bytes), "");
 }
 
 TEST(WellData, RandomDigitHidesEqualPasswords) {
@@ -63,12 +63,6 @@ TEST(WellData, RandomDigitHidesEqualPasswords) {
     EXPECT_EQ(GetWellData(again), password);
   }
   EXPECT_TRUE(differed);
-}
-
-TEST(WellData, DamagedBytesReadAsNoPassword) {
-  PlistData bytes = SetWellDataWithDigit("secret", '7');
-  bytes[3] ^= 0x80;  // no longer valid UTF-8 once unscrambled
-  EXPECT_EQ(GetWellData(bytes), "");
 }
 
 TEST(WellDict, RoundTripWithoutLeadingDigit) {
