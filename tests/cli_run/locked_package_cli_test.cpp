@@ -4,11 +4,11 @@
 
 #include <unistd.h>
 
+#include "cli/cli_runner.h"
 #include "platform/linux_file_system.h"
-#include "run_cli.h"
 #include "support/tree_values.h"
 
-namespace marigold::cli_run_test {
+namespace marigold::cli_testing {
 namespace {
 
 using trees::Tree;
@@ -18,7 +18,7 @@ class LockedPackage : public ::testing::TestWithParam<bool> {};
 TEST_P(LockedPackage, IsDeletedOnlyWhenLockedItemsAreHandled) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can lock items";
   const bool handled = GetParam();
-  CliSandbox box;
+  CliHome box;
   const std::string a = box.Path("A");
   const std::string b = box.Path("B");
   trees::Build(a, {{"keep.txt", "k"}});
@@ -42,4 +42,4 @@ TEST_P(LockedPackage, IsDeletedOnlyWhenLockedItemsAreHandled) {
 INSTANTIATE_TEST_SUITE_P(ExactBackup, LockedPackage, ::testing::Bool());
 
 }  // namespace
-}  // namespace marigold::cli_run_test
+}  // namespace marigold::cli_testing
