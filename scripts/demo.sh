@@ -23,23 +23,34 @@ export HOME="$demo_home" XDG_CONFIG_HOME="$demo_home/.config" XDG_DATA_HOME="$de
 side_a="$demo_home/Side A" side_b="$demo_home/Side B"
 mkdir -p "$side_a/Letters/2026" "$side_a/Photos" "$side_b/Notes"
 printf 'Dear reader,\n' > "$side_a/Letters/2026/hello.txt"
+printf 'scratch\n' > "$side_a/Letters/draft.tmp"
 head -c 300000 /dev/zero | tr '\0' 'p' > "$side_a/Photos/beach.raw"
 printf 'only on side B\n' > "$side_b/Notes/todo.txt"
+doc="$demo_home/Demo.mgy"
 
-echo "== marigold sync \"Side A\" \"Side B\" (first run: each side gets what the other has)"
-"$marigold" sync "$side_a" "$side_b"
-echo "== a line added on side B, then marigold sync again"
+echo "== marigold doc new Demo.mgy, then doc set: its first session synchronises the two sides"
+echo "   exactly (deletions too) and leaves out every item whose name ends in .tmp"
+"$marigold" doc new "$doc"
+"$marigold" doc set "$doc" "consoleDict.topFolder=$side_a" "consoleDict.bottomFolder=$side_b" \
+  settingsDict.settExact=1 filterDict.filterOn=1 filterDict.filterArray.0.filterFileNameOn=1 \
+  filterDict.filterArray.0.filterFileNamePop=2 filterDict.filterArray.0.filterFileNameField=.tmp
+echo "   settingsDict.settExact = $("$marigold" doc get "$doc" settingsDict.settExact)," \
+  "filter row 0 name ends with: $("$marigold" doc get "$doc" filterDict.filterArray.0.filterFileNameField)"
+
+echo "== marigold run Demo.mgy (first run: each side gets what the other has, but no .tmp file)"
+"$marigold" run "$doc"
+echo "== a line added on side B and the to-do list deleted on side A, then marigold run again"
 sleep 1
 printf 'a newer line\n' >> "$side_b/Letters/2026/hello.txt"
-"$marigold" sync "$side_a" "$side_b"
+rm "$side_a/Notes/todo.txt"
+"$marigold" run "$doc"
 echo "== side A now holds"
 (cd "$side_a" && find . -type f | sort)
+echo "== side B now holds"
+(cd "$side_b" && find . -type f | sort)
 
-echo "== marigold doc new $demo_home/Demo.mgy"
-"$marigold" doc new "$demo_home/Demo.mgy"
-
-echo "== marigold doc show $demo_home/Demo.mgy (first lines)"
-"$marigold" doc show "$demo_home/Demo.mgy" > "$demo_home/shown.xml"
+echo "== marigold doc show Demo.mgy (first lines)"
+"$marigold" doc show "$doc" > "$demo_home/shown.xml"
 head -n 20 "$demo_home/shown.xml"
 echo "... ($(wc -l < "$demo_home/shown.xml") lines)"
 
