@@ -1,5 +1,5 @@
-// The error path's answers that decide whether a run goes on: the cases no preference selects,
-// and AddErrQuickly, which asks only a run that someone watches.
+// AddErrQuickly, the error path's way of recording an item's error, asks only a run that someone
+// watches.
 #include <gtest/gtest.h>
 
 #include "conflict_harness.h"
@@ -58,47 +58,6 @@ INSTANTIATE_TEST_SUITE_P(
         QuickCase{"UserRunFollowsThePreference", kExecutedByUser, 0, 1, 0, false, true, false},
         QuickCase{"UserRunToldNothingWhenThePreferenceGoesOn", kExecutedByUser, 0, 2, 0, true, false, false}),
     [](const auto& info) { return std::string(info.param.name); });
-
-// A case outside 1..3 (a preference holding a value the program never writes) stops the run
-// without showing anything; a sync-and-quit run, with nobody there, always goes on.
-TEST(ManageTheError, UnknownCasesStopSilentlyAndUnwatchedRunsGoOn) {
-  const std::pair<int, std::int64_t> kCaseAndPreference[] = {{4, 3}, {-1, 3}, {0, 4}, {0, 0}};
-  for (const auto& [forceToCase, onError] : kCaseAndPreference) {
-    RunState state;
-    state.mIsCopying = true;
-    state.mExecutedBy = kExecutedByUser;
-    AnsweringProxy proxy;
-    const PlistDict prefs{{"prefOnError", onError}};
-    ErrorPath errors(state, proxy, prefs);
-    SCOPED_TRACE(std::to_string(forceToCase) + " / " + std::to_string(onError));
-    EXPECT_FALSE(errors.ManageTheError("Can't copy", forceToCase));
-    EXPECT_FALSE(state.IsRunOn());
-    EXPECT_FALSE(state.mUserPressedStop);
-    EXPECT_TRUE(proxy.alerts.empty());
-  }
-  RunState state;
-  state.mIsCopying = true;
-  state.mExecutedBy = kExecutedBySyncAndQuit;
-  AnsweringProxy proxy;
-  const PlistDict prefs{{"prefOnError", 1}};
-  ErrorPath errors(state, proxy, prefs);
-  EXPECT_TRUE(errors.ManageTheError("Can't copy", 0));
-  EXPECT_TRUE(proxy.alerts.empty());
-}
-
-TEST(ManageTheError, TheQuestionIsACriticalAlert) {
-  RunState state;
-  state.mIsCopying = true;
-  AnsweringProxy proxy;
-  const PlistDict prefs;
-  ErrorPath errors(state, proxy, prefs);
-  errors.ManageTheError("Can't copy", 3);
-  errors.ManageTheError("Can't copy", 1);
-  ASSERT_EQ(proxy.alerts.size(), 2u);
-  EXPECT_EQ(proxy.alerts[0].style, AlertRequest::Style::Critical);
-  EXPECT_EQ(proxy.alerts[0].buttons, (std::vector<std::string>{"Continue", "Stop"}));
-  EXPECT_EQ(proxy.alerts[1].buttons, (std::vector<std::string>{"OK"}));
-}
 
 }  // namespace
 }  // namespace marigold::conflicts_test

@@ -43,6 +43,8 @@ TEST_P(ManageTheError, TakesItsCaseAndActsOnTheAnswer) {
     return;
   }
   ASSERT_EQ(proxy.alerts.size(), 1u);
+  EXPECT_EQ(proxy.alerts[0].style,
+            c.wantButtons.size() == 2 ? AlertRequest::Style::Critical : AlertRequest::Style::Warning);
   EXPECT_EQ(proxy.alerts[0].title, "Warning:");
   EXPECT_EQ(proxy.alerts[0].buttons, c.wantButtons);
   EXPECT_EQ(proxy.alerts[0].text, std::string("Can't copy the file.\r") + c.wantTextEnd);
@@ -62,7 +64,14 @@ INSTANTIATE_TEST_SUITE_P(
         ErrorCase{"ForcedCaseWinsOverThePreference", 1, kExecutedByUser, 2, 0, false, kOk, "The process stopped.",
                   false},
         ErrorCase{"ForcedAskEvenForATimer", 3, kExecutedByTimer, 2, 1, false, kAsk, "Would you skip and continue?",
-                  true}),
+                  true},
+        ErrorCase{"SyncAndQuitNeverAsks", 0, kExecutedBySyncAndQuit, 1, 0, true, {}, "", false},
+        // A case outside 1..3 (a preference holding a value the program never writes) stops the
+        // run without showing anything.
+        ErrorCase{"UnknownForcedCaseStopsSilently", 4, kExecutedByUser, 3, 0, false, {}, "", false},
+        ErrorCase{"NegativeForcedCaseStopsSilently", -1, kExecutedByUser, 3, 0, false, {}, "", false},
+        ErrorCase{"UnknownPreferenceStopsSilently", 0, kExecutedByUser, 4, 0, false, {}, "", false},
+        ErrorCase{"PreferenceZeroStopsSilently", 0, kExecutedByUser, 0, 0, false, {}, "", false}),
     [](const auto& info) { return std::string(info.param.name); });
 
 struct LogKindCase {
