@@ -165,19 +165,6 @@ TEST(Scan, ReadsBackupDatesOnlyWhenARuleNeedsThem) {
   }
 }
 
-TEST(Scan, PrivilegeProblemIsReportedAndTheItemKept) {
-  TempTree a{{{"x", "a"}, {"y", "a"}}}, b;
-  ScanHarness h{TaskKind::kBackup};
-  h.services.privileges[a / "x"] = 1;
-  h.services.privileges[a / "y"] = 2;
-  h.state.gMakeErrorsLog = true;
-  ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
-  EXPECT_EQ(h.Modes(), (std::map<std::string, int>{{"x", 2}, {"y", 2}}));
-  EXPECT_EQ(h.state.gTotError, 2);
-  EXPECT_NE(h.state.gDetailedLogText.find("Insufficient Privileges \"" + b / "x"), std::string::npos);
-  EXPECT_NE(h.state.gDetailedLogText.find("Item Locked \"" + b / "y"), std::string::npos);
-}
-
 TEST(Scan, RootLevelItemsThatAreNeverCopied) {
   TempTree a{{{"Icon\r", "i"}, {".VolumeIcon.icns", "i"}, {"secret", "s"}, {"dev/null0", "x"}, {"sub/Icon\r", "i"}}};
   TempTree b;

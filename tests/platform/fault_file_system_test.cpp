@@ -34,25 +34,5 @@ TEST(FaultFileSystem, FailsOnlyTheChosenCall) {
   EXPECT_EQ(ReadFile(tree / "c2"), "c");
 }
 
-TEST(FaultFileSystem, ItemsVanishOrChangeJustBeforeACall) {
-  TempFolder tree;
-  LinuxFileSystem real;
-  WriteFile(tree / "gone", "x");
-  WriteFile(tree / "edited", "before");
-  ItemSnapshot seen = ItemSnapshot::Of(real.GetAttributes(tree / "edited").Value());
-  FaultFileSystem fs{real, {VanishBefore(FsOperation::kRemoveItem, tree / "gone"),
-                            RunBefore(FsOperation::kGetAttributes, tree / "edited",
-                                      [&] { WriteFile(tree / "edited", "after, longer"); })}};
-  auto removed = fs.RemoveItem(tree / "gone");
-  ASSERT_FALSE(removed);
-  EXPECT_TRUE(removed.Error().IsMissing());
-  auto still = StillMatches(fs, tree / "edited", seen);
-  ASSERT_TRUE(still);
-  EXPECT_FALSE(still.Value());
-  EXPECT_TRUE(StillMatches(fs, tree / "edited", ItemSnapshot::Of(real.GetAttributes(tree / "edited").Value())).Value());
-  EXPECT_TRUE(StillMatches(fs, tree / "gone", ItemSnapshot::Absent()).Value());
-  EXPECT_FALSE(StillMatches(fs, tree / "gone", seen).Value());
-}
-
 }  // namespace
 }  // namespace marigold
