@@ -59,11 +59,5 @@ INSTANTIATE_TEST_SUITE_P(
                  "Are you sure you want to backup from the multiple list?"}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(AreYouSure, IsAskedUnlessThePreferenceIsZero) {
-  EXPECT_TRUE(AsksConfirmation(PlistDict{{"prefAskConfirmation", 1}}));
-  EXPECT_FALSE(AsksConfirmation(PlistDict{{"prefAskConfirmation", 0}}));
-  EXPECT_FALSE(AsksConfirmation(PlistDict{}));
-}
-
 }  // namespace
 }  // namespace marigold::conflicts_test

@@ -1,46 +1,14 @@
-// Whole runs of one session on real temporary trees, with a proxy that answers the replace prompt
-// from a script and keeps every request it was shown.
+// Whole runs of one session on real temporary trees, with the run tests' proxy answering the
+// replace prompt from a script and keeping every request it was shown.
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
-#include "engine/run_driver.h"
-#include "platform/linux_file_system.h"
-#include "support/temp_folder.h"
-#include "support/tree_values.h"
+#include "engine_run/run_harness.h"
 
 namespace marigold::conflicts_test {
-
-class AnsweringProxy : public AppkitProxy {
- public:
-  int Alert(const AlertRequest& request) override {
-    alerts.push_back(request);
-    if (alertAnswers.empty()) return 0;
-    const int answer = alertAnswers.front();
-    alertAnswers.pop_front();
-    return answer;
-  }
-  int AskReplace(const ReplaceRequest& request) override {
-    asked.push_back(request);
-    if (answers.empty()) return kReplaceResultSkip;
-    const int answer = answers.front();
-    answers.pop_front();
-    return answer;
-  }
-  bool ShowPreview(std::vector<TaskTree>&) override { return true; }
-  void Beep() override { ++beeps; }
-
-  std::deque<int> answers;  // modal results, in order; Skip once they run out
-  std::vector<ReplaceRequest> asked;
-  std::deque<int> alertAnswers;  // buttons pressed, in order; the first button once they run out
-  std::vector<AlertRequest> alerts;
-  int beeps = 0;
-};
 
 enum Task : std::int64_t { kSync = 1, kBackup = 2 };
 
@@ -63,7 +31,7 @@ class ConflictRun {
 
   TempFolder temp;
   LinuxFileSystem fs;
-  AnsweringProxy proxy;
+  run_test::ScriptedProxy proxy;  // Skip and the first button once its answers run out
   PlistDict preferences;
   PlistDict document;
 

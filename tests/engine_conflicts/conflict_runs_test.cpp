@@ -158,7 +158,7 @@ TEST_P(ConflictKinds, AreSettledAsTheRulesAndAnswersSay) {
     h.SetRule(scenario.radioKey, *settling.radioGoesAhead ? scenario.goAheadTag : scenario.skipTag);
   }
   h.SetRule(scenario.askKey, settling.ask ? 1 : 0);
-  h.proxy.answers.assign(settling.answers.begin(), settling.answers.end());
+  h.proxy.replaceAnswers.assign(settling.answers.begin(), settling.answers.end());
   if (settling.stops) trees::Build(h.A(), {{"late.txt", "not copied after a stop"}});
   const Tree beforeA = trees::Read(h.A());
   const Tree beforeB = trees::Read(h.B());
@@ -229,12 +229,12 @@ TEST(ConflictRuns, ASkippedConflictIsMetAgainUntilSettled) {
   const std::optional<std::int64_t> last = BothEdited(h);
   h.SetRule("conflictSyncAsk", 1);
 
-  h.proxy.answers = {kReplaceResultSkip};
+  h.proxy.replaceAnswers = {kReplaceResultSkip};
   h.Run();
   ASSERT_EQ(h.proxy.asked.size(), 1u);
   EXPECT_EQ(h.proxy.asked[0].lastBackupDate, last);
 
-  h.proxy.answers = {-kReplaceResultReplace};
+  h.proxy.replaceAnswers = {-kReplaceResultReplace};
   h.Run();
   ASSERT_EQ(h.proxy.asked.size(), 1u);
   EXPECT_EQ(h.proxy.asked[0].lastBackupDate, last);
@@ -274,7 +274,7 @@ TEST(ConflictRuns, EachConflictOfARunIsAskedAndOnlyRefusalsAreCounted) {
     trees::SetModified(h.B(name), last + 100);
   }
   h.SetRule("conflictExactBackupAsk", 1);
-  h.proxy.answers = {kReplaceResultSkip, kReplaceResultReplace, kReplaceResultSkip};
+  h.proxy.replaceAnswers = {kReplaceResultSkip, kReplaceResultReplace, kReplaceResultSkip};
 
   h.Run();
 

@@ -2,9 +2,9 @@
 // side, the detailed log, and the run's item tallies.
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "copy_harness.h"
-#include "support/temp_folder.h"
-#include "test_trees.h"
 
 namespace marigold::test {
 namespace {
@@ -13,7 +13,7 @@ struct ActionCase {
   const char* name;
   Tree a, b;
   std::vector<ScanNode> nodes;
-  Tree wantA, wantB;
+  std::optional<Tree> wantA, wantB;  // nothing: as before the run
   std::string countersA, countersB;
   std::string log;
   int performed = 0;  // nodes carried out, each one less to do
@@ -24,19 +24,15 @@ class ExecutorActs : public ::testing::TestWithParam<ActionCase> {};
 
 TEST_P(ExecutorActs, OnDiskCountersAndLog) {
   const ActionCase& c = GetParam();
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, c.a);
-  BuildTree(b, c.b);
-  CopyHarness h(a, b);
+  CopyHarness h(c.a, c.b);
   h.state.session.gIsMoveToTrash = c.trash;
   h.state.tallies.runItemsToDo = 100;
   std::vector<ScanNode> nodes = c.nodes;
 
   EXPECT_TRUE(h.Run(nodes));
 
-  EXPECT_EQ(ReadTree(a), c.wantA);
-  EXPECT_EQ(ReadTree(b), c.wantB);
+  EXPECT_EQ(ReadTree(h.a), c.wantA.value_or(c.a));
+  EXPECT_EQ(ReadTree(h.b), c.wantB.value_or(c.b));
   EXPECT_EQ(Counters(h.state.gA), c.countersA);
   EXPECT_EQ(Counters(h.state.gB), c.countersB);
   EXPECT_EQ(h.Log(), c.log);
@@ -55,16 +51,14 @@ INSTANTIATE_TEST_SUITE_P(
         ActionCase{.name = "FileToB",
                    .a = {{"f", "one"}},
                    .nodes = {FileNode("f", kCopyModeCopyAToB)},
-                   .wantA = {{"f", "one"}},
-                   .wantB = {{"f", "one"}},
+                   .wantB = Tree{{"f", "one"}},
                    .countersB = "FilesCopied=1 ItemVisible=1",
                    .log = "Copied file \"{A}/f\"\rto: \"{B}/f\"\r",
                    .performed = 1},
         ActionCase{.name = "HiddenFileBackToA",
                    .b = {{".h", "hidden"}},
                    .nodes = {FileNode(".h", kCopyModeCopyBToA)},
-                   .wantA = {{".h", "hidden"}},
-                   .wantB = {{".h", "hidden"}},
+                   .wantA = Tree{{".h", "hidden"}},
                    .countersA = "FilesCopied=1 ItemInvisible=1",
                    .log = "Copied file \"{B}/.h\"\rto: \"{A}/.h\"\r",
                    .performed = 1},
@@ -72,8 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
                    .a = {{"d/", kDir}, {"d/g", "gee"}, {"d/empty/", kDir}},
                    .nodes = {FolderNode("d", kCopyModeCopyAToB,
                                         {FolderNode("empty", kCopyModeCopyAToB), FileNode("g", kCopyModeCopyAToB)})},
-                   .wantA = {{"d/", kDir}, {"d/g", "gee"}, {"d/empty/", kDir}},
-                   .wantB = {{"d/", kDir}, {"d/g", "gee"}, {"d/empty/", kDir}},
+                   .wantB = Tree{{"d/", kDir}, {"d/g", "gee"}, {"d/empty/", kDir}},
                    .countersB = "FoldersCreated=2 FilesCopied=1 ItemVisible=1",
                    .log = "Created folder \"{B}/d\"\rCreated folder \"{B}/d/empty\"\r"
                           "Copied file \"{A}/d/g\"\rto: \"{B}/d/g\"\r",
@@ -81,16 +74,14 @@ INSTANTIATE_TEST_SUITE_P(
         ActionCase{.name = "PackageAsOneItem",
                    .a = {{kPackage, kDir}, {kPackage + "Contents/", kDir}, {kPackage + "Contents/bin", "exe"}},
                    .nodes = {FileNode("Tool.app", kCopyModeCopyAToB)},
-                   .wantA = {{kPackage, kDir}, {kPackage + "Contents/", kDir}, {kPackage + "Contents/bin", "exe"}},
-                   .wantB = {{kPackage, kDir}, {kPackage + "Contents/", kDir}, {kPackage + "Contents/bin", "exe"}},
+                   .wantB = Tree{{kPackage, kDir}, {kPackage + "Contents/", kDir}, {kPackage + "Contents/bin", "exe"}},
                    .countersB = "FilesCopied=1 ItemVisible=1",
                    .log = "Copied file \"{A}/Tool.app\"\rto: \"{B}/Tool.app\"\r",
                    .performed = 1},
         ActionCase{.name = "LinkAsALink",
                    .a = {{"l", LinkTo("nowhere")}},
                    .nodes = {FileNode("l", kCopyModeCopyAToB)},
-                   .wantA = {{"l", LinkTo("nowhere")}},
-                   .wantB = {{"l", LinkTo("nowhere")}},
+                   .wantB = Tree{{"l", LinkTo("nowhere")}},
                    .countersB = "FilesCopied=1 ItemVisible=1",
                    .log = "Copied file \"{A}/l\"\rto: \"{B}/l\"\r",
                    .performed = 1}),
@@ -103,8 +94,7 @@ INSTANTIATE_TEST_SUITE_P(
                    .a = {{"f", "new"}},
                    .b = {{"f", "old"}},
                    .nodes = {FileNode("f", kCopyModeReplaceAToB)},
-                   .wantA = {{"f", "new"}},
-                   .wantB = {{"f", "new"}},
+                   .wantB = Tree{{"f", "new"}},
                    .countersB = "FilesReplaced=1 ItemVisible=1",
                    .log = "Replaced file: \"{B}/f\"\rwith the most recent file: \"{A}/f\"\r",
                    .performed = 1},
@@ -112,8 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
                    .a = {{"d/", kDir}, {"d/.f", "old"}},
                    .b = {{"d/", kDir}, {"d/.f", "newer"}},
                    .nodes = {FolderNode("d", kCopyModeNothing, {FileNode(".f", kCopyModeReplaceBToA)})},
-                   .wantA = {{"d/", kDir}, {"d/.f", "newer"}},
-                   .wantB = {{"d/", kDir}, {"d/.f", "newer"}},
+                   .wantA = Tree{{"d/", kDir}, {"d/.f", "newer"}},
                    .countersA = "FilesReplaced=1 ItemInvisible=1",
                    .log = "Replaced file: \"{A}/d/.f\"\rwith the most recent file: \"{B}/d/.f\"\r",
                    .performed = 1},
@@ -121,8 +110,7 @@ INSTANTIATE_TEST_SUITE_P(
                    .a = {{"x", "file"}},
                    .b = {{"x/", kDir}, {"x/inner", "i"}},
                    .nodes = {FileNode("x", kCopyModeReplaceAToB)},
-                   .wantA = {{"x", "file"}},
-                   .wantB = {{"x", "file"}},
+                   .wantB = Tree{{"x", "file"}},
                    .countersB = "FilesReplaced=1 ItemVisible=1",
                    .log = "Replaced file: \"{B}/x\"\rwith the most recent file: \"{A}/x\"\r",
                    .performed = 1},
@@ -130,8 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
                    .a = {{"x/", kDir}, {"x/inner", "i"}},
                    .b = {{"x", "file"}},
                    .nodes = {FileNode("x", kCopyModeReplaceAToB)},
-                   .wantA = {{"x/", kDir}, {"x/inner", "i"}},
-                   .wantB = {{"x/", kDir}, {"x/inner", "i"}},
+                   .wantB = Tree{{"x/", kDir}, {"x/inner", "i"}},
                    .countersB = "FilesReplaced=1 ItemVisible=1",
                    .log = "Replaced file: \"{B}/x\"\rwith the most recent file: \"{A}/x\"\r",
                    .performed = 1}),
@@ -149,22 +136,21 @@ INSTANTIATE_TEST_SUITE_P(
                    .a = {{"keep", "k"}},
                    .b = {{"f", "gone"}},
                    .nodes = {FileNode("f", kCopyModeDeleteInB)},
-                   .wantA = {{"keep", "k"}},
-                   .wantB = {},
+                   .wantB = Tree{},
                    .countersB = "FilesDeleted=1",
                    .log = "Deleted file \"{B}/f\"\r",
                    .performed = 1},
         ActionCase{.name = "PackageInB",
                    .b = {{kPackage, kDir}, {kPackage + "bin", "exe"}},
                    .nodes = {FileNode("Tool.app", kCopyModeDeleteInB)},
-                   .wantB = {},
+                   .wantB = Tree{},
                    .countersB = "FilesDeleted=1",
                    .log = "Deleted file \"{B}/Tool.app\"\r",
                    .performed = 1},
         ActionCase{.name = "FolderWithContentsInA",
                    .a = kFolderTree,
                    .nodes = FolderTreeNodes(kCopyModeDeleteInA),
-                   .wantA = {},
+                   .wantA = Tree{},
                    .countersA = "FoldersDeleted=2 FilesDeleted=2",
                    .log = "Deleted file \"{A}/d/e/y\"\rDeleted folder \"{A}/d/e\"\r"
                           "Deleted file \"{A}/d/x\"\rDeleted folder \"{A}/d\"\r",
@@ -172,14 +158,14 @@ INSTANTIATE_TEST_SUITE_P(
         ActionCase{.name = "EmptyFolderInB",
                    .b = {{"e/", kDir}},
                    .nodes = {FolderNode("e", kCopyModeDeleteInB)},
-                   .wantB = {},
+                   .wantB = Tree{},
                    .countersB = "FoldersDeleted=1",
                    .log = "Deleted folder \"{B}/e\"\r",
                    .performed = 1},
         ActionCase{.name = "FileToTrash",
                    .b = {{"f", "gone"}},
                    .nodes = {FileNode("f", kCopyModeDeleteInB)},
-                   .wantB = {},
+                   .wantB = Tree{},
                    .countersB = "FilesTrashed=1",
                    .log = "Trashed file \"{B}/f\"\r",
                    .performed = 1,
@@ -187,7 +173,7 @@ INSTANTIATE_TEST_SUITE_P(
         ActionCase{.name = "FolderToTrashAsAWhole",
                    .a = kFolderTree,
                    .nodes = FolderTreeNodes(kCopyModeDeleteInA),
-                   .wantA = {},
+                   .wantA = Tree{},
                    .countersA = "FoldersTrashed=2 FilesTrashed=2",
                    .log = "Trashed folder \"{A}/d\"\rTrashed file \"{A}/d/e/y\"\rTrashed folder \"{A}/d/e\"\r"
                           "Trashed file \"{A}/d/x\"\r",
@@ -202,31 +188,26 @@ INSTANTIATE_TEST_SUITE_P(
                    .a = {{"f", "new"}, {"d/", kDir}, {"d/g", "g"}},
                    .b = {{"f", "old"}, {"h", "h"}},
                    .nodes = {FolderNode("d", -kCopyModeCopyAToB, {FileNode("g", -kCopyModeCopyAToB)}),
-                             FileNode("f", -kCopyModeReplaceAToB), FileNode("h", -kCopyModeDeleteInB)},
-                   .wantA = {{"f", "new"}, {"d/", kDir}, {"d/g", "g"}},
-                   .wantB = {{"f", "old"}, {"h", "h"}}},
+                             FileNode("f", -kCopyModeReplaceAToB), FileNode("h", -kCopyModeDeleteInB)}},
         ActionCase{.name = "SwitchedOffFolderStillWalked",
                    .a = {{"d/", kDir}, {"d/g", "g"}},
                    .b = {{"d/", kDir}},
                    .nodes = {FolderNode("d", -kCopyModeMetadataAToB, {FileNode("g", kCopyModeCopyAToB)})},
-                   .wantA = {{"d/", kDir}, {"d/g", "g"}},
-                   .wantB = {{"d/", kDir}, {"d/g", "g"}},
+                   .wantB = Tree{{"d/", kDir}, {"d/g", "g"}},
                    .countersB = "FilesCopied=1 ItemVisible=1",
                    .log = "Copied file \"{A}/d/g\"\rto: \"{B}/d/g\"\r",
                    .performed = 1},
         ActionCase{.name = "SkipAndNothingDoNothing",
                    .a = {{"f", "a"}, {"g", "a"}},
                    .b = {{"f", "b"}, {"g", "b"}},
-                   .nodes = {FileNode("f", kCopyModeSkip), FileNode("g", kCopyModeNothing)},
-                   .wantA = {{"f", "a"}, {"g", "a"}},
-                   .wantB = {{"f", "b"}, {"g", "b"}}},
+                   .nodes = {FileNode("f", kCopyModeSkip), FileNode("g", kCopyModeNothing)}},
         ActionCase{.name = "BothDirectionsInOneFolder",
                    .a = {{"d/", kDir}, {"d/fromA", "1"}},
                    .b = {{"d/", kDir}, {"d/fromB", "2"}},
                    .nodes = {FolderNode("d", kCopyModeNothing,
                                         {FileNode("fromA", kCopyModeCopyAToB), FileNode("fromB", kCopyModeCopyBToA)})},
-                   .wantA = {{"d/", kDir}, {"d/fromA", "1"}, {"d/fromB", "2"}},
-                   .wantB = {{"d/", kDir}, {"d/fromA", "1"}, {"d/fromB", "2"}},
+                   .wantA = Tree{{"d/", kDir}, {"d/fromA", "1"}, {"d/fromB", "2"}},
+                   .wantB = Tree{{"d/", kDir}, {"d/fromA", "1"}, {"d/fromB", "2"}},
                    .countersA = "FilesCopied=1 ItemVisible=1",
                    .countersB = "FilesCopied=1 ItemVisible=1",
                    .log = "Copied file \"{A}/d/fromA\"\rto: \"{B}/d/fromA\"\r"
@@ -235,18 +216,14 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(ExecutorTrash, FolderArrivesInTheTrashWithItsContents) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"trashme-7f3a/", kDir}, {"trashme-7f3a/inner", "i"}});
-  BuildTree(b, {});
-  CopyHarness h(a, b);
+  CopyHarness h({{"trashme-7f3a/", kDir}, {"trashme-7f3a/inner", "i"}}, {});
   h.state.session.gIsMoveToTrash = true;
   std::vector<ScanNode> nodes = {FolderNode("trashme-7f3a", kCopyModeDeleteInA, {FileNode("inner", kCopyModeDeleteInA)})};
 
   ASSERT_TRUE(h.Run(nodes));
 
   EXPECT_EQ(ReadFile(TrashFilesFolder() + "/trashme-7f3a/inner"), "i");
-  EXPECT_TRUE(h.state.gItemsDeleted.count(a + "/trashme-7f3a"));
+  EXPECT_TRUE(h.state.gItemsDeleted.count(h.a + "/trashme-7f3a"));
 }
 
 // The restore list of locked and opened items hears of each item written and each folder walked.
@@ -261,11 +238,8 @@ class RecordingServices : public RunServices {
 };
 
 TEST(ExecutorServices, RestoreListFollowsTheWalk) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"d/", kDir}, {"d/e/", kDir}, {"d/e/f", "x"}});
-  BuildTree(b, {{"d/", kDir}});
-  CopyHarness h(a, b);
+  CopyHarness h({{"d/", kDir}, {"d/e/", kDir}, {"d/e/f", "x"}}, {{"d/", kDir}});
+  const std::string &a = h.a, &b = h.b;
   RecordingServices services;
   EngineContext context{h.state, h.fs, h.proxy, services, h.errors, h.preferences};
   CopyExecutor executor(context);
@@ -279,21 +253,6 @@ TEST(ExecutorServices, RestoreListFollowsTheWalk) {
                                                       "restore " + a + "/d/e " + b + "/d/e",
                                                       "restore " + a + "/d " + b + "/d",
                                                       "restore " + a + " " + b}));
-}
-
-TEST(ExecutorLog, NoLinesWithoutADetailedLog) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"d/", kDir}, {"d/f", "x"}});
-  BuildTree(b, {});
-  CopyHarness h(a, b);
-  h.state.gMakeDetailedLog = false;
-  std::vector<ScanNode> nodes = {FolderNode("d", kCopyModeCopyAToB, {FileNode("f", kCopyModeCopyAToB)})};
-
-  ASSERT_TRUE(h.Run(nodes));
-
-  EXPECT_EQ(ReadTree(b), (Tree{{"d/", kDir}, {"d/f", "x"}}));
-  EXPECT_EQ(h.state.gDetailedLogText, "");
 }
 
 }  // namespace

@@ -4,11 +4,9 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 
 #include "copy_harness.h"
-#include "platform/fault_file_system.h"
-#include "support/temp_folder.h"
-#include "test_trees.h"
 
 namespace marigold::test {
 namespace {
@@ -19,7 +17,7 @@ struct ErrorCase {
   std::vector<ScanNode> nodes;
   std::function<void(const CopyHarness&)> afterScan;  // changes the disk between scan and copy
   std::vector<std::string> errors;                    // with "{A}" and "{B}" for the roots
-  Tree wantA, wantB;
+  std::optional<Tree> wantA, wantB;  // nothing: as the run found it
   std::vector<std::string> deletedEarlier;  // paths in gItemsDeleted before the walk
   std::string linesBefore;                   // success lines the log holds before the errors
   bool trash = false;
@@ -29,16 +27,13 @@ class ExecutorFails : public ::testing::TestWithParam<ErrorCase> {};
 
 TEST_P(ExecutorFails, ReportsAndKeepsTheDisk) {
   const ErrorCase& c = GetParam();
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, c.a);
-  BuildTree(b, c.b);
-  CopyHarness h(a, b);
+  CopyHarness h(c.a, c.b);
   h.state.session.gIsMoveToTrash = c.trash;
   for (const std::string& path : c.deletedEarlier) h.state.gItemsDeleted.insert(h.Path(path));
   std::vector<ScanNode> nodes = c.nodes;
-  TakeSnapshots(nodes, a, b);
+  TakeSnapshots(nodes, h.a, h.b);
   if (c.afterScan) c.afterScan(h);
+  const Tree foundA = ReadTree(h.a), foundB = ReadTree(h.b);
 
   const bool result = h.Run(nodes, false);
 
@@ -48,8 +43,8 @@ TEST_P(ExecutorFails, ReportsAndKeepsTheDisk) {
   std::string wantLog = c.linesBefore;
   for (const std::string& error : c.errors) wantLog += "\xE2\x88\x9A " + error + "\r";
   EXPECT_EQ(h.Log(), wantLog);
-  EXPECT_EQ(ReadTree(a), c.wantA);
-  EXPECT_EQ(ReadTree(b), c.wantB);
+  EXPECT_EQ(ReadTree(h.a), c.wantA.value_or(foundA));
+  EXPECT_EQ(ReadTree(h.b), c.wantB.value_or(foundB));
 }
 
 void Write(const CopyHarness& h, const std::string& path, const std::string& content) {
@@ -70,7 +65,6 @@ INSTANTIATE_TEST_SUITE_P(
                   .b = {{"d/", kDir}},
                   .nodes = {FolderNode("d", kCopyModeNothing, {FileNode("f", kCopyModeCopyAToB)})},
                   .afterScan = [](const CopyHarness& h) { Remove(h, "{A}/d"); },
-                  .wantB = {{"d/", kDir}},
                   .deletedEarlier = {"{A}/d"}},
         ErrorCase{.name = "DestinationParentIsAnError",
                   .a = {{"d/", kDir}, {"d/f", "x"}},
@@ -78,28 +72,24 @@ INSTANTIATE_TEST_SUITE_P(
                   .nodes = {FolderNode("d", kCopyModeNothing, {FileNode("f", kCopyModeCopyAToB)})},
                   .afterScan = [](const CopyHarness& h) { Remove(h, "{B}/d"); },
                   .errors = {"Can't copy the file \"{A}/d/f\"\rto: \"{B}/d/f\"\r"
-                             "Can't find the parent destination folder."},
-                  .wantA = {{"d/", kDir}, {"d/f", "x"}}},
+                             "Can't find the parent destination folder."}},
         ErrorCase{.name = "DestinationParentDeletedEarlierIsNot",
                   .a = {{"d/", kDir}, {"d/f", "x"}},
                   .b = {{"d/", kDir}},
                   .nodes = {FolderNode("d", kCopyModeNothing, {FileNode("f", kCopyModeCopyAToB)})},
                   .afterScan = [](const CopyHarness& h) { Remove(h, "{B}/d"); },
-                  .wantA = {{"d/", kDir}, {"d/f", "x"}},
                   .deletedEarlier = {"{B}/d"}},
         ErrorCase{.name = "ParentOfANewFolderIsAnError",
                   .a = {{"d/", kDir}, {"d/e/", kDir}},
                   .b = {{"d/", kDir}},
                   .nodes = {FolderNode("d", kCopyModeNothing, {FolderNode("e", kCopyModeCopyAToB)})},
                   .afterScan = [](const CopyHarness& h) { Remove(h, "{B}/d"); },
-                  .errors = {"Can't create the folder \"{B}/d/e\"\rCan't find the parent destination folder."},
-                  .wantA = {{"d/", kDir}, {"d/e/", kDir}}},
+                  .errors = {"Can't create the folder \"{B}/d/e\"\rCan't find the parent destination folder."}},
         ErrorCase{.name = "ParentOfANewFolderDeletedEarlierIsNot",
                   .a = {{"d/", kDir}, {"d/e/", kDir}},
                   .b = {{"d/", kDir}},
                   .nodes = {FolderNode("d", kCopyModeNothing, {FolderNode("e", kCopyModeCopyAToB)})},
                   .afterScan = [](const CopyHarness& h) { Remove(h, "{B}/d"); },
-                  .wantA = {{"d/", kDir}, {"d/e/", kDir}},
                   .deletedEarlier = {"{B}/d"}}),
     [](const auto& info) { return std::string(info.param.name); });
 
@@ -111,29 +101,22 @@ INSTANTIATE_TEST_SUITE_P(
                   .b = {{"f", "old"}},
                   .nodes = {FileNode("f", kCopyModeReplaceAToB)},
                   .afterScan = [](const CopyHarness& h) { Write(h, "{B}/f", "edited by the user"); },
-                  .errors = {"The item changed during the run and was skipped: \"{B}/f\""},
-                  .wantA = {{"f", "new"}},
-                  .wantB = {{"f", "edited by the user"}}},
+                  .errors = {"The item changed during the run and was skipped: \"{B}/f\""}},
         ErrorCase{.name = "DeletedFileIsKept",
                   .b = {{"f", "old"}},
                   .nodes = {FileNode("f", kCopyModeDeleteInB)},
                   .afterScan = [](const CopyHarness& h) { Write(h, "{B}/f", "edited"); },
-                  .errors = {"The item changed during the run and was skipped: \"{B}/f\""},
-                  .wantB = {{"f", "edited"}}},
+                  .errors = {"The item changed during the run and was skipped: \"{B}/f\""}},
         ErrorCase{.name = "FileThatAppearedIsNotOverwritten",
                   .a = {{"f", "new"}},
                   .nodes = {FileNode("f", kCopyModeCopyAToB)},
                   .afterScan = [](const CopyHarness& h) { Write(h, "{B}/f", "made meanwhile"); },
-                  .errors = {"The item changed during the run and was skipped: \"{B}/f\""},
-                  .wantA = {{"f", "new"}},
-                  .wantB = {{"f", "made meanwhile"}}},
+                  .errors = {"The item changed during the run and was skipped: \"{B}/f\""}},
         ErrorCase{.name = "FileThatAppearedWhereAFolderIsCreated",
                   .a = {{"d/", kDir}},
                   .nodes = {FolderNode("d", kCopyModeCopyAToB)},
                   .afterScan = [](const CopyHarness& h) { Write(h, "{B}/d", "made meanwhile"); },
-                  .errors = {"The item changed during the run and was skipped: \"{B}/d\""},
-                  .wantA = {{"d/", kDir}},
-                  .wantB = {{"d", "made meanwhile"}}},
+                  .errors = {"The item changed during the run and was skipped: \"{B}/d\""}},
         ErrorCase{.name = "SourceTurnedIntoAFolder",
                   .a = {{"f", "file"}},
                   .nodes = {FileNode("f", kCopyModeCopyAToB)},
@@ -142,22 +125,19 @@ INSTANTIATE_TEST_SUITE_P(
                         Remove(h, "{A}/f");
                         BuildTree(h.Path("{A}"), {{"f/", kDir}, {"f/big", "tree"}});
                       },
-                  .errors = {"The item changed during the run and was skipped: \"{A}/f\""},
-                  .wantA = {{"f/", kDir}, {"f/big", "tree"}}},
+                  .errors = {"The item changed during the run and was skipped: \"{A}/f\""}},
         ErrorCase{.name = "MetadataTargetEditedIsLeftAlone",
                   .a = {{"f", "same"}},
                   .b = {{"f", "same"}},
                   .nodes = {FileNode("f", kCopyModeMetadataAToB)},
                   .afterScan = [](const CopyHarness& h) { Write(h, "{B}/f", "edited"); },
-                  .errors = {"The item changed during the run and was skipped: \"{B}/f\""},
-                  .wantA = {{"f", "same"}},
-                  .wantB = {{"f", "edited"}}},
+                  .errors = {"The item changed during the run and was skipped: \"{B}/f\""}},
         ErrorCase{.name = "FolderHoldingANewItemIsNotDeleted",
                   .b = {{"d/", kDir}, {"d/x", "x"}},
                   .nodes = {FolderNode("d", kCopyModeDeleteInB, {FileNode("x", kCopyModeDeleteInB)})},
                   .afterScan = [](const CopyHarness& h) { Write(h, "{B}/d/new", "added"); },
                   .errors = {"Can't delete the folder \"{B}/d\"\rError: Directory not empty"},
-                  .wantB = {{"d/", kDir}, {"d/new", "added"}},
+                  .wantB = Tree{{"d/", kDir}, {"d/new", "added"}},
                   .linesBefore = "Deleted file \"{B}/d/x\"\r"},
         ErrorCase{.name = "FolderWithAChangedItemStaysOutOfTheTrash",
                   .a = {{"d/", kDir}, {"d/x", "x"}, {"d/e/", kDir}, {"d/e/y", "y"}},
@@ -167,33 +147,26 @@ INSTANTIATE_TEST_SUITE_P(
                   .afterScan = [](const CopyHarness& h) { Write(h, "{A}/d/e/y", "edited"); },
                   .errors = {"The item changed during the run and was skipped: \"{A}/d/e/y\"",
                              "Can't trash the folder (and its content) \"{A}/d\""},
-                  .wantA = {{"d/", kDir}, {"d/x", "x"}, {"d/e/", kDir}, {"d/e/y", "edited"}},
                   .trash = true},
         ErrorCase{.name = "SwitchedOffItemKeepsItsFolderOutOfTheTrash",
                   .a = {{"d/", kDir}, {"d/x", "x"}, {"d/y", "y"}},
                   .nodes = {FolderNode("d", kCopyModeDeleteInA,
                                        {FileNode("x", -kCopyModeDeleteInA), FileNode("y", kCopyModeDeleteInA)})},
                   .errors = {"Can't trash the folder (and its content) \"{A}/d\""},
-                  .wantA = {{"d/", kDir}, {"d/x", "x"}, {"d/y", "y"}},
                   .trash = true}),
     [](const auto& info) { return std::string(info.param.name); });
 
 // The trash refuses: the file stays where it is, and nothing is counted as trashed.
 TEST(ExecutorTrash, RefusalNeverDeletes) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {});
-  BuildTree(b, {{"f", "keep me"}, {"d/", kDir}, {"d/g", "g"}});
-  LinuxFileSystem real;
-  FaultFileSystem fs(real, {FailEveryCall(FsOperation::kMoveToTrash, "", EOPNOTSUPP)});
-  CopyHarness h(a, b, &fs);
+  CopyHarness h({}, {{"f", "keep me"}, {"d/", kDir}, {"d/g", "g"}});
+  h.fs.AddRule(FailEveryCall(FsOperation::kMoveToTrash, "", EOPNOTSUPP));
   h.state.session.gIsMoveToTrash = true;
   std::vector<ScanNode> nodes = {FolderNode("d", kCopyModeDeleteInB, {FileNode("g", kCopyModeDeleteInB)}),
                                  FileNode("f", kCopyModeDeleteInB)};
 
   EXPECT_FALSE(h.Run(nodes));
 
-  EXPECT_EQ(ReadTree(b), (Tree{{"f", "keep me"}, {"d/", kDir}, {"d/g", "g"}}));
+  EXPECT_EQ(ReadTree(h.b), (Tree{{"f", "keep me"}, {"d/", kDir}, {"d/g", "g"}}));
   ASSERT_EQ(h.Errors().size(), 3u);
   EXPECT_TRUE(h.Errors()[0].starts_with("Can't trash the folder \"{B}/d\"\rError: ")) << h.Errors()[0];
   EXPECT_EQ(h.Errors()[1], "Can't trash the folder (and its content) \"{B}/d\"");
@@ -206,13 +179,9 @@ TEST(ExecutorTrash, RefusalNeverDeletes) {
 // The first failure inside a folder being deleted ends that folder; the other items and the
 // folders around it go on.
 TEST(ExecutorDelete, OneFailureKeepsOnlyItsFolders) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {});
-  BuildTree(b, {{"d/", kDir}, {"d/bad", "1"}, {"d/good", "2"}, {"other", "3"}});
-  LinuxFileSystem real;
-  FaultFileSystem fs(real, {FailCall(FsOperation::kRemoveItem, b + "/d/bad", EIO)});
-  CopyHarness h(a, b, &fs);
+  CopyHarness h({}, {{"d/", kDir}, {"d/bad", "1"}, {"d/good", "2"}, {"other", "3"}});
+  const std::string& b = h.b;
+  h.fs.AddRule(FailCall(FsOperation::kRemoveItem, b + "/d/bad", EIO));
   std::vector<ScanNode> nodes = {
       FolderNode("d", kCopyModeDeleteInB, {FileNode("bad", kCopyModeDeleteInB), FileNode("good", kCopyModeDeleteInB)}),
       FileNode("other", kCopyModeDeleteInB)};

@@ -1,8 +1,8 @@
-// A first backup of a tree holding every kind of item, compared with an independent tool: after
-// the copy, rsync finds nothing to change in content, modes, owners, times, links, user
-// attributes or access lists.
+// A first backup through the executor of a tree holding every kind of item, compared with an
+// independent tool: after the copy, rsync finds nothing to change in content, modes, owners,
+// times, links, user attributes or access lists. Sparse and large files, and other volumes, are
+// the platform tests' concern: the executor hands every file to the same copy call.
 #include <gtest/gtest.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -31,23 +31,8 @@ std::string Output(const std::string& command) {
 
 std::string Shell(const std::string& path) { return "'" + path + "'"; }
 
-void MakeSparse(const std::string& path) {
-  int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  ASSERT_GE(fd, 0);
-  ASSERT_EQ(::pwrite(fd, "middle", 6, 32 << 20), 6);
-  ASSERT_EQ(::pwrite(fd, "end", 3, (64 << 20) - 3), 3);
-  ::close(fd);
-}
-
 void SetAttribute(const std::string& path, const char* name, const std::string& value) {
   ASSERT_EQ(::lsetxattr(path.c_str(), name, value.data(), value.size(), 0), 0) << path << " " << name;
-}
-
-std::string Large() {
-  std::string content(8 << 20, '\0');
-  std::uint32_t state = 12345;
-  for (char& c : content) c = static_cast<char>((state = state * 1103515245 + 12345) >> 24);
-  return content;
 }
 
 TEST(Fidelity, EveryKindOfItemArrivesAsItWas) {
@@ -73,9 +58,7 @@ TEST(Fidelity, EveryKindOfItemArrivesAsItWas) {
                 {"top/" + oddName, "not utf-8"},
                 {"top/" + lineName, "line breaks"},
                 {"top/Tool.app/Contents/bin", "exe"},
-                {"top/large", Large()},
                 {"top/owned", "someone else's"}});
-  MakeSparse(top + "/sparse");
   SetAttribute(top + "/xattrs", "user.one", "1");
   SetAttribute(top + "/xattrs", "user.binary", std::string("\0\x01\xff", 3));
   SetAttribute(top + "/nested", "user.folder", "on a folder");
@@ -99,7 +82,7 @@ TEST(Fidelity, EveryKindOfItemArrivesAsItWas) {
 
   // Every copied file carries the run's backup date, which the source does not have: set it
   // aside before comparing.
-  for (const char* file : {"plain", "xattrs", "old", "large", "sparse", "Tool.app"}) {
+  for (const char* file : {"plain", "xattrs", "old", "Tool.app"}) {
     EXPECT_EQ(h.real.GetBackupDate(b + "/top/" + file), kRunStart) << file;
     ::lremovexattr((b + "/top/" + file).c_str(), "user.marigold.backupdate");
   }
@@ -109,10 +92,6 @@ TEST(Fidelity, EveryKindOfItemArrivesAsItWas) {
 
   EXPECT_EQ(Output("rsync -aAX --dry-run --itemize-changes --checksum " + Shell(top + "/") + " " + Shell(b + "/top/")),
             "");
-  struct stat sparse {};
-  ASSERT_EQ(::stat((b + "/top/sparse").c_str(), &sparse), 0);
-  EXPECT_EQ(sparse.st_size, 64 << 20);
-  EXPECT_LT(sparse.st_blocks * 512, 4 << 20) << "holes were filled";
 }
 
 }  // namespace

@@ -111,24 +111,27 @@ std::string Counters(const SideCopyCounters& c) {
   return text;
 }
 
-CopyHarness::CopyHarness(const std::string& rootA, const std::string& rootB, FileSystem* given)
-    : fs(given != nullptr ? *given : real),
-      errors(state, proxy, preferences),
-      context{state, fs, proxy, services, errors, preferences},
-      executor(context) {
+CopyHarness::CopyHarness(const Tree& treeA, const Tree& treeB)
+    : a(tmp.emplace().Join("A")), b(tmp->Join("B")) {
+  BuildTree(a, treeA);
+  BuildTree(b, treeB);
+  Init();
+}
+
+CopyHarness::CopyHarness(const std::string& rootA, const std::string& rootB) : a(rootA), b(rootB) { Init(); }
+
+void CopyHarness::Init() {
   // Unattended: every error is counted and the run goes on, as the tests expect.
   state.mExecutedBy = kExecutedByTimer;
   state.gMakeDetailedLog = true;
   state.gStartSyncDateTimeUTC = kRunStart;
-  state.gSourceFolder = rootA;
-  state.gDestFolder = rootB;
+  state.gSourceFolder = a;
+  state.gDestFolder = b;
   state.mIsCopying = true;
   errors.SetErrorObserver([this](const std::string& message) { errorMessages.push_back(message); });
 }
 
-bool CopyHarness::Run(std::vector<ScanNode>& nodes, bool snapshot, std::string a, std::string b) {
-  if (a.empty()) a = state.gSourceFolder;
-  if (b.empty()) b = state.gDestFolder;
+bool CopyHarness::Run(std::vector<ScanNode>& nodes, bool snapshot) {
   if (snapshot) TakeSnapshots(nodes, a, b);
   return executor.CopyItems(nodes, a, b, false);
 }

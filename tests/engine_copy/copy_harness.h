@@ -4,13 +4,17 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "engine/copy_executor.h"
 #include "engine/copy_mode.h"
 #include "engine/error_path.h"
+#include "platform/fault_file_system.h"
 #include "platform/linux_file_system.h"
+#include "support/temp_folder.h"
+#include "test_trees.h"
 
 namespace marigold::test {
 
@@ -50,29 +54,36 @@ std::vector<ScanNode> CopyEverythingTree(const std::string& folderA);
 std::string Counters(const SideCopyCounters& counters);
 
 struct CopyHarness {
-  // A task whose roots are `rootA` and `rootB`. `fs` is the file system the executor works
-  // through; nothing means the real one.
-  CopyHarness(const std::string& rootA, const std::string& rootB, FileSystem* fs = nullptr);
+  // A task whose roots `a` and `b` are made in a temporary folder of its own and hold `treeA`
+  // and `treeB`.
+  CopyHarness(const Tree& treeA, const Tree& treeB);
+  // A task whose roots are `rootA` and `rootB`, made by the test.
+  CopyHarness(const std::string& rootA, const std::string& rootB);
 
-  // Performs `nodes`, the items of the folders `a` and `b` (the roots when empty); takes the
-  // snapshots first unless `snapshot` is false (the test took them and changed the disk since).
-  bool Run(std::vector<ScanNode>& nodes, bool snapshot = true, std::string a = {}, std::string b = {});
+  // Performs `nodes`, the items of the roots; takes the snapshots first unless `snapshot` is
+  // false (the test took them and changed the disk since).
+  bool Run(std::vector<ScanNode>& nodes, bool snapshot = true);
   // The detailed log and the error messages with the roots written "{A}" and "{B}".
   std::string Log() const;
   std::vector<std::string> Errors() const;
   // "{A}/x" and "{B}/y" written out with the roots.
   std::string Path(const std::string& withPlaceholders) const;
 
+  std::optional<TempFolder> tmp;  // only when the harness made the roots
+  std::string a, b;
   LinuxFileSystem real;
-  FileSystem& fs;
+  FaultFileSystem fs{real};  // the executor's file system: the real one until a test adds rules
   RecordingProxy proxy;
   PlistDict preferences;
   RunState state;
-  ErrorPath errors;
+  ErrorPath errors{state, proxy, preferences};
   RunServices services;
-  EngineContext context;
-  CopyExecutor executor;
+  EngineContext context{state, fs, proxy, services, errors, preferences};
+  CopyExecutor executor{context};
   std::vector<std::string> errorMessages;
+
+ private:
+  void Init();
 };
 
 inline constexpr std::int64_t kRunStart = 1'700'000'000;

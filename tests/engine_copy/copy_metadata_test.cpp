@@ -4,8 +4,6 @@
 #include <sys/stat.h>
 
 #include "copy_harness.h"
-#include "support/temp_folder.h"
-#include "test_trees.h"
 
 namespace marigold::test {
 namespace {
@@ -26,13 +24,10 @@ class FolderDates : public ::testing::TestWithParam<FolderDateCase> {};
 
 TEST_P(FolderDates, AgreeAfterTheWalk) {
   const FolderDateCase& c = GetParam();
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"d/", kDir}, {"d/fromA", "1"}});
-  BuildTree(b, {{"d/", kDir}, {"d/fromB", "2"}});
+  CopyHarness h({{"d/", kDir}, {"d/fromA", "1"}}, {{"d/", kDir}, {"d/fromB", "2"}});
+  const std::string &a = h.a, &b = h.b;
   SetMTime(a + "/d", c.dateA, 500);
   SetMTime(b + "/d", c.dateB, 500);
-  CopyHarness h(a, b);
   h.state.session.gIsSyncOn = c.sync;
   std::vector<ScanNode> nodes = {FolderNode(
       "d", kCopyModeNothing, {FileNode(c.childMode == kCopyModeCopyAToB ? "fromA" : "fromB", c.childMode)})};
@@ -59,14 +54,11 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(FolderDates, NewFolderGetsItsOriginsDateAndModeAfterItsItems) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {});
-  BuildTree(b, {{"ro/", kDir}, {"ro/f", "f"}, {"ro/inner/", kDir}});
+  CopyHarness h({}, {{"ro/", kDir}, {"ro/f", "f"}, {"ro/inner/", kDir}});
+  const std::string &a = h.a, &b = h.b;
   ASSERT_EQ(::chmod((b + "/ro/inner").c_str(), 0500), 0);
   ASSERT_EQ(::chmod((b + "/ro").c_str(), 0555), 0);
   SetMTime(b + "/ro", kOlder, 123);
-  CopyHarness h(a, b);
   std::vector<ScanNode> nodes = {FolderNode(
       "ro", kCopyModeCopyBToA, {FolderNode("inner", kCopyModeCopyBToA), FileNode("f", kCopyModeCopyBToA)})};
 
@@ -80,13 +72,10 @@ TEST(FolderDates, NewFolderGetsItsOriginsDateAndModeAfterItsItems) {
 }
 
 TEST(Metadata, TargetTakesModeAndDatesAndTheBackupDate) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"f", "same"}});
-  BuildTree(b, {{"f", "same"}});
+  CopyHarness h({{"f", "same"}}, {{"f", "same"}});
+  const std::string &a = h.a, &b = h.b;
   ASSERT_EQ(::chmod((a + "/f").c_str(), 0600), 0);
   SetMTime(a + "/f", kOlder, 42);
-  CopyHarness h(a, b);
   std::vector<ScanNode> nodes = {FileNode("f", kCopyModeMetadataAToB)};
 
   ASSERT_TRUE(h.Run(nodes));
@@ -111,11 +100,8 @@ class CaseOnlyRename : public ::testing::TestWithParam<RenameCase> {};
 // A folder whose names differ in case only: its new name holds for the items walked after it.
 TEST_P(CaseOnlyRename, TargetTakesTheOtherSpelling) {
   const RenameCase& c = GetParam();
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"Docs/", kDir}, {"Docs/new in A", "1"}});
-  BuildTree(b, {{"docs/", kDir}, {"docs/new in B", "2"}});
-  CopyHarness h(a, b);
+  CopyHarness h({{"Docs/", kDir}, {"Docs/new in A", "1"}}, {{"docs/", kDir}, {"docs/new in B", "2"}});
+  const std::string &a = h.a, &b = h.b;
   h.state.session.gIsSyncOn = true;
   std::vector<ScanNode> nodes = {WithDestName(
       FolderNode("Docs", c.mode,
@@ -143,12 +129,9 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(BackupDate, EveryCopyButALinkCarriesTheRunsStart) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"f", "new"}, {"r", "new"}, {"l", LinkTo("f")}, {"p.app/", kDir}, {"p.app/x", "x"}});
-  BuildTree(b, {{"r", "old"}});
+  CopyHarness h({{"f", "new"}, {"r", "new"}, {"l", LinkTo("f")}, {"p.app/", kDir}, {"p.app/x", "x"}}, {{"r", "old"}});
+  const std::string &a = h.a, &b = h.b;
   SetMTime(a + "/f", kOlder, 7);
-  CopyHarness h(a, b);
   std::vector<ScanNode> nodes = {FileNode("f", kCopyModeCopyAToB), FileNode("l", kCopyModeCopyAToB),
                                  FileNode("p.app", kCopyModeCopyAToB), FileNode("r", kCopyModeReplaceAToB)};
 

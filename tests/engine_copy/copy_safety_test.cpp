@@ -9,9 +9,6 @@
 #include <filesystem>
 
 #include "copy_harness.h"
-#include "platform/fault_file_system.h"
-#include "support/temp_folder.h"
-#include "test_trees.h"
 
 namespace marigold::test {
 namespace {
@@ -34,13 +31,10 @@ class SmallVolume {
 };
 
 TEST(ExecutorReplace, RenamesACompleteCopyOverTheOldFile) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
   const std::string content(300000, 'n');
-  BuildTree(a, {{"doc", content}});
-  BuildTree(b, {{"doc", "old"}});
+  CopyHarness h({{"doc", content}}, {{"doc", "old"}});
+  const std::string &a = h.a, &b = h.b;
   const ino_t before = InodeOf(b + "/doc");
-  CopyHarness h(a, b);
   std::vector<ScanNode> nodes = {FileNode("doc", kCopyModeReplaceAToB)};
 
   ASSERT_TRUE(h.Run(nodes));
@@ -53,19 +47,17 @@ TEST(ExecutorReplace, RenamesACompleteCopyOverTheOldFile) {
 }
 
 TEST(ExecutorReplace, FullDiskIsRefusedBeforeAnythingIsWritten) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
+  const std::string content(3 << 20, 'n');
+  CopyHarness h({{"doc", content}}, {});
+  const std::string &a = h.a, &b = h.b;
   SmallVolume volume(b, "2m");
   if (!volume.Mounted()) GTEST_SKIP() << "cannot mount a tmpfs here";
-  const std::string content(3 << 20, 'n');
-  BuildTree(a, {{"doc", content}});
-  BuildTree(b, {{"doc", "old"}});
-  LinuxFileSystem real;
+  WriteFile(b + "/doc", "old");
+  LinuxFileSystem& real = h.real;
   const std::uint64_t free = real.GetFreeSpace(b).Value();
   struct stat source {};
   ASSERT_EQ(::stat((a + "/doc").c_str(), &source), 0);
   const std::uint64_t needed = std::min<std::uint64_t>(content.size(), std::uint64_t(source.st_blocks) * 512);
-  CopyHarness h(a, b);
   std::vector<ScanNode> nodes = {FileNode("doc", kCopyModeReplaceAToB)};
 
   EXPECT_FALSE(h.Run(nodes));
@@ -81,13 +73,9 @@ TEST(ExecutorReplace, FullDiskIsRefusedBeforeAnythingIsWritten) {
 
 // The disk fills after 4 KiB of the copy: the old file survives and no temporary remains.
 TEST(ExecutorReplace, FailingWriteKeepsTheOldFile) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"doc", std::string(100000, 'n')}, {"next", "n"}});
-  BuildTree(b, {{"doc", "old"}});
-  LinuxFileSystem real;
-  FaultFileSystem fs(real, {FailCopyAfter(4096, ENOSPC)});
-  CopyHarness h(a, b, &fs);
+  CopyHarness h({{"doc", std::string(100000, 'n')}, {"next", "n"}}, {{"doc", "old"}});
+  const std::string &b = h.b;
+  h.fs.AddRule(FailCopyAfter(4096, ENOSPC));
   std::vector<ScanNode> nodes = {FileNode("doc", kCopyModeReplaceAToB), FileNode("next", kCopyModeCopyAToB)};
 
   EXPECT_FALSE(h.Run(nodes));
@@ -99,13 +87,9 @@ TEST(ExecutorReplace, FailingWriteKeepsTheOldFile) {
 }
 
 TEST(ExecutorCopy, FailingCopyLeavesNothing) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"doc", std::string(50000, 'n')}});
-  BuildTree(b, {});
-  LinuxFileSystem real;
-  FaultFileSystem fs(real, {FailCopyAfter(8192, EIO)});
-  CopyHarness h(a, b, &fs);
+  CopyHarness h({{"doc", std::string(50000, 'n')}}, {});
+  const std::string &b = h.b;
+  h.fs.AddRule(FailCopyAfter(8192, EIO));
   std::vector<ScanNode> nodes = {FileNode("doc", kCopyModeCopyAToB)};
 
   EXPECT_FALSE(h.Run(nodes));
@@ -117,11 +101,8 @@ TEST(ExecutorCopy, FailingCopyLeavesNothing) {
 }
 
 TEST(ExecutorCopy, SourceChangingWhileReadIsAnError) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"log", std::string(1 << 20, 'l')}});
-  BuildTree(b, {{"log", "old"}});
-  CopyHarness h(a, b);
+  CopyHarness h({{"log", std::string(1 << 20, 'l')}}, {{"log", "old"}});
+  const std::string &a = h.a, &b = h.b;
   h.proxy.onBytes = [&] { WriteFile(a + "/log", std::string(1 << 20, 'l') + "one more line"); };
   std::vector<ScanNode> nodes = {FileNode("log", kCopyModeReplaceAToB)};
 
@@ -134,11 +115,8 @@ TEST(ExecutorCopy, SourceChangingWhileReadIsAnError) {
 }
 
 TEST(ExecutorStop, StopDuringACopyLeavesNothingAndReportsNothing) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"big", std::string(1 << 20, 'b')}, {"later", "l"}});
-  BuildTree(b, {});
-  CopyHarness h(a, b);
+  CopyHarness h({{"big", std::string(1 << 20, 'b')}, {"later", "l"}}, {});
+  const std::string &b = h.b;
   h.proxy.onBytes = [&] { h.state.mIsCopying = false; };
   std::vector<ScanNode> nodes = {FileNode("big", kCopyModeCopyAToB), FileNode("later", kCopyModeCopyAToB)};
 
@@ -150,14 +128,9 @@ TEST(ExecutorStop, StopDuringACopyLeavesNothingAndReportsNothing) {
 }
 
 TEST(ExecutorStop, StoppedRunDoesNotDeleteAFolderItDidNotEmpty) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {});
-  BuildTree(b, {{"d/", kDir}, {"d/x", "x"}, {"d/y", "y"}});
-  LinuxFileSystem real;
-  FaultFileSystem fs(real);
-  CopyHarness h(a, b, &fs);
-  fs.AddRule(RunBefore(FsOperation::kRemoveItem, b + "/d/x", [&] { h.state.mIsCopying = false; }));
+  CopyHarness h({}, {{"d/", kDir}, {"d/x", "x"}, {"d/y", "y"}});
+  const std::string &b = h.b;
+  h.fs.AddRule(RunBefore(FsOperation::kRemoveItem, b + "/d/x", [&] { h.state.mIsCopying = false; }));
   h.state.session.gIsMoveToTrash = false;
   std::vector<ScanNode> nodes = {
       FolderNode("d", kCopyModeDeleteInB, {FileNode("x", kCopyModeDeleteInB), FileNode("y", kCopyModeDeleteInB)})};
@@ -171,13 +144,9 @@ TEST(ExecutorStop, StoppedRunDoesNotDeleteAFolderItDidNotEmpty) {
 // A case-only rename goes through a temporary name; if the second step fails, the item gets its
 // old name back.
 TEST(ExecutorMetadata, FailedRenamePutsTheOldNameBack) {
-  TempFolder tmp;
-  const std::string a = tmp.Join("A"), b = tmp.Join("B");
-  BuildTree(a, {{"Read Me", "same"}});
-  BuildTree(b, {{"read me", "same"}});
-  LinuxFileSystem real;
-  FaultFileSystem fs(real, {FailCall(FsOperation::kRename, b + "/Read Me", EIO)});
-  CopyHarness h(a, b, &fs);
+  CopyHarness h({{"Read Me", "same"}}, {{"read me", "same"}});
+  const std::string &b = h.b;
+  h.fs.AddRule(FailCall(FsOperation::kRename, b + "/Read Me", EIO));
   std::vector<ScanNode> nodes = {WithDestName(FileNode("Read Me", kCopyModeMetadataAToB), "read me")};
 
   EXPECT_FALSE(h.Run(nodes));

@@ -1,15 +1,12 @@
 #include "test_trees.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
-#include <vector>
 
 namespace marigold::test {
 
@@ -18,68 +15,37 @@ namespace {
 // Link values carry a marker no file content in a test uses.
 constexpr std::string_view kLinkMarker = "\x01link->";
 
-void MakeFolders(const std::string& path) {
-  for (std::size_t slash = path.find('/', 1); ; slash = path.find('/', slash + 1)) {
-    std::string prefix = path.substr(0, slash);
-    if (::mkdir(prefix.c_str(), 0755) != 0 && errno != EEXIST) throw std::runtime_error("mkdir " + prefix);
-    if (slash == std::string::npos) break;
-  }
-}
-
-void ReadInto(const std::string& root, const std::string& relative, Tree& out) {
-  const std::string folder = relative.empty() ? root : root + "/" + relative;
-  DIR* dir = ::opendir(folder.c_str());
-  if (dir == nullptr) return;
-  std::vector<std::string> names;
-  while (dirent* entry = ::readdir(dir)) {
-    std::string name = entry->d_name;
-    if (name != "." && name != "..") names.push_back(name);
-  }
-  ::closedir(dir);
-  for (const std::string& name : names) {
-    const std::string key = relative.empty() ? name : relative + "/" + name;
-    const std::string full = root + "/" + key;
-    struct stat info {};
-    if (::lstat(full.c_str(), &info) != 0) continue;
-    if (S_ISDIR(info.st_mode)) {
-      out[key + "/"] = kDir;
-      ReadInto(root, key, out);
-    } else if (S_ISLNK(info.st_mode)) {
-      std::string target(4096, '\0');
-      ssize_t n = ::readlink(full.c_str(), target.data(), target.size());
-      target.resize(n < 0 ? 0 : static_cast<std::size_t>(n));
-      out[key] = LinkTo(target);
-    } else {
-      out[key] = ReadFile(full);
-    }
-  }
-}
-
 }  // namespace
 
 std::string LinkTo(const std::string& target) { return std::string(kLinkMarker) + target; }
 
 void BuildTree(const std::string& root, const Tree& tree) {
-  MakeFolders(root);
-  for (const auto& [key, value] : tree) {  // a map lists a folder before what it holds
-    const std::string path = root + "/" + key;
-    if (key.ends_with("/")) {
-      MakeFolders(path.substr(0, path.size() - 1));
-      continue;
-    }
-    MakeFolders(path.substr(0, path.rfind('/')));
-    if (value.starts_with(kLinkMarker)) {
-      if (::symlink(value.substr(kLinkMarker.size()).c_str(), path.c_str()) != 0)
-        throw std::runtime_error("symlink " + path);
-    } else {
+  std::filesystem::create_directories(root);
+  for (const auto& [key, value] : tree) {
+    const std::filesystem::path path = std::filesystem::path(root) / key;
+    std::filesystem::create_directories(key.ends_with("/") ? path : path.parent_path());
+    if (key.ends_with("/")) continue;
+    if (value.starts_with(kLinkMarker))
+      std::filesystem::create_symlink(value.substr(kLinkMarker.size()), path);
+    else
       WriteFile(path, value);
-    }
   }
 }
 
 Tree ReadTree(const std::string& root) {
+  namespace fs = std::filesystem;
   Tree out;
-  ReadInto(root, "", out);
+  std::error_code ec;
+  for (auto it = fs::recursive_directory_iterator(root, ec); !ec && it != fs::recursive_directory_iterator();
+       it.increment(ec)) {
+    const std::string key = it->path().lexically_relative(root).string();
+    if (it->is_symlink())
+      out[key] = LinkTo(fs::read_symlink(it->path()).string());
+    else if (it->is_directory())
+      out[key + "/"] = kDir;
+    else
+      out[key] = ReadFile(it->path());
+  }
   return out;
 }
 

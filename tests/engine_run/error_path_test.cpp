@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "run_harness.h"
 
 namespace marigold::run_test {
@@ -43,6 +45,8 @@ TEST_P(ManageTheError, TakesItsCaseAndActsOnTheAnswer) {
     return;
   }
   ASSERT_EQ(proxy.alerts.size(), 1u);
+  EXPECT_EQ(proxy.alerts[0].style,
+            c.wantButtons.size() == 2 ? AlertRequest::Style::Critical : AlertRequest::Style::Warning);
   EXPECT_EQ(proxy.alerts[0].title, "Warning:");
   EXPECT_EQ(proxy.alerts[0].buttons, c.wantButtons);
   EXPECT_EQ(proxy.alerts[0].text, std::string("Can't copy the file.\r") + c.wantTextEnd);
@@ -62,7 +66,67 @@ INSTANTIATE_TEST_SUITE_P(
         ErrorCase{"ForcedCaseWinsOverThePreference", 1, kExecutedByUser, 2, 0, false, kOk, "The process stopped.",
                   false},
         ErrorCase{"ForcedAskEvenForATimer", 3, kExecutedByTimer, 2, 1, false, kAsk, "Would you skip and continue?",
-                  true}),
+                  true},
+        ErrorCase{"SyncAndQuitNeverAsks", 0, kExecutedBySyncAndQuit, 1, 0, true, {}, "", false},
+        // A case outside 1..3 (a preference holding a value the program never writes) stops the
+        // run without showing anything.
+        ErrorCase{"UnknownForcedCaseStopsSilently", 4, kExecutedByUser, 3, 0, false, {}, "", false},
+        ErrorCase{"NegativeForcedCaseStopsSilently", -1, kExecutedByUser, 3, 0, false, {}, "", false},
+        ErrorCase{"UnknownPreferenceStopsSilently", 0, kExecutedByUser, 4, 0, false, {}, "", false},
+        ErrorCase{"PreferenceZeroStopsSilently", 0, kExecutedByUser, 0, 0, false, {}, "", false}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+// AddErrQuickly records an item's error and asks only a run that someone watches.
+struct QuickCase {
+  const char* name;
+  int executedBy;
+  int forceToCase;
+  std::int64_t onError;  // the preference
+  int button;            // pressed when asked
+  bool wantGoOn;
+  bool wantAsked;
+  bool wantStopPressed;
+};
+
+class AddErrQuickly : public ::testing::TestWithParam<QuickCase> {};
+
+TEST_P(AddErrQuickly, RecordsTheErrorAndAsksOnlyAWatchedRun) {
+  const QuickCase& c = GetParam();
+  RunState state;
+  state.mIsCopying = true;
+  state.mExecutedBy = c.executedBy;
+  state.gMakeErrorsLog = true;
+  ScriptedProxy proxy;
+  proxy.alertAnswers = {c.button};
+  const PlistDict prefs{{"prefOnError", c.onError}};
+  ErrorPath errors(state, proxy, prefs);
+  errors.SetErrMsg({"Can't delete the file", " \"", "/b/f.txt", "\""});
+
+  EXPECT_EQ(errors.AddErrQuickly(c.forceToCase), c.wantGoOn);
+
+  EXPECT_EQ(state.gDetailedLogText, "\xE2\x88\x9A Can't delete the file \"/b/f.txt\"\r");
+  EXPECT_EQ(state.gTotError, 1);
+  EXPECT_EQ(state.IsRunOn(), c.wantGoOn);
+  EXPECT_EQ(state.mUserPressedStop, c.wantStopPressed);
+  EXPECT_EQ(proxy.alerts.size(), c.wantAsked ? 1u : 0u);
+  // A watched run hears every error, asked about or not.
+  const std::vector<std::string> events = proxy.Events();
+  EXPECT_EQ(std::count(events.begin(), events.end(), "beep"), c.executedBy == kExecutedByUser ? 1 : 0);
+  if (c.wantAsked) {
+    EXPECT_EQ(proxy.alerts[0].text.rfind("Can't delete the file \"/b/f.txt\".\r", 0), 0u) << proxy.alerts[0].text;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ErrorPath, AddErrQuickly,
+    ::testing::Values(
+        // Nobody watches: the run goes on whatever the case asks for.
+        QuickCase{"TimerRunGoesOnEvenWhenForcedToAsk", kExecutedByTimer, 3, 3, 1, true, false, false},
+        QuickCase{"SyncAndQuitGoesOnEvenWhenForcedToStop", kExecutedBySyncAndQuit, 1, 3, 0, true, false, false},
+        QuickCase{"UserStopsInThePrompt", kExecutedByUser, 3, 2, 1, false, true, true},
+        QuickCase{"UserContinuesInThePrompt", kExecutedByUser, 3, 2, 0, true, true, false},
+        QuickCase{"UserRunFollowsThePreference", kExecutedByUser, 0, 1, 0, false, true, false},
+        QuickCase{"UserRunToldNothingWhenThePreferenceGoesOn", kExecutedByUser, 0, 2, 0, true, false, false}),
     [](const auto& info) { return std::string(info.param.name); });
 
 struct LogKindCase {

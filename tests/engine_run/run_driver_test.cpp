@@ -24,6 +24,16 @@ bool Contains(const Strings& list, const std::string& item) {
   return std::find(list.begin(), list.end(), item) != list.end();
 }
 
+// A multiple-list session of `task` whose two rows copy A1 (one.txt) to B1 and A2 (two.txt) to B2.
+void TwoRows(RunHarness& h, int task) {
+  trees::Build(h.Path("A1"), {{"one.txt", "1"}});
+  trees::Build(h.Path("A2"), {{"two.txt", "2"}});
+  trees::Build(h.Path("B1"), {});
+  trees::Build(h.Path("B2"), {});
+  h.document = MakeDocument({{"", "", task, false, /*multi=*/true}});
+  h.services.multiRows[0] = {{h.Path("A1"), h.Path("B1")}, {h.Path("A2"), h.Path("B2")}};
+}
+
 TEST(RunDriver, OneTaskRunsThePhasesInOrderAndRecordsTheTask) {
   RunHarness h;
   trees::Build(h.A(), {{"a.txt", "alpha"}, {"sub/", ""}, {"sub/b.txt", "beta"}});
@@ -216,12 +226,7 @@ class LastTaskResult : public ::testing::TestWithParam<LastTaskCase> {};
 TEST_P(LastTaskResult, DecidesWhetherAnythingIsCopied) {
   const LastTaskCase& c = GetParam();
   RunHarness h;
-  trees::Build(h.Path("A1"), {{"one.txt", "1"}});
-  trees::Build(h.Path("A2"), {{"two.txt", "2"}});
-  trees::Build(h.Path("B1"), {});
-  trees::Build(h.Path("B2"), {});
-  h.document = MakeDocument({{"", "", 1, false, true}});
-  h.services.multiRows[0] = {{h.Path("A1"), h.Path("B1")}, {h.Path("A2"), h.Path("B2")}};
+  TwoRows(h, 1);
   h.services.invalidSources = {h.Path(c.invalidRow)};
 
   RunDriver& run = h.Run();
@@ -315,12 +320,7 @@ class TaskPrivileges : public ::testing::TestWithParam<PrivilegeCase> {};
 TEST_P(TaskPrivileges, ARefusedTaskIsCountedAndDoesNotStopTheRun) {
   const PrivilegeCase& c = GetParam();
   RunHarness h;
-  trees::Build(h.Path("A1"), {{"one.txt", "1"}});
-  trees::Build(h.Path("A2"), {{"two.txt", "2"}});
-  trees::Build(h.Path("B1"), {});
-  trees::Build(h.Path("B2"), {});
-  h.document = MakeDocument({{"", "", 2, false, true}});
-  h.services.multiRows[0] = {{h.Path("A1"), h.Path("B1")}, {h.Path("A2"), h.Path("B2")}};
+  TwoRows(h, 2);
   // The last task is refused: it has no tree, but the run still counts as scanned.
   h.services.privilegeProblems[h.Path("A2")] = c.problem;
   h.preferences.Set("prefOnError", c.onError);

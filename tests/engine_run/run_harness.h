@@ -28,8 +28,9 @@ class ScriptedProxy : public AppkitProxy {
     alerts.push_back(request);
     return Next(alertAnswers, 0);
   }
-  int AskReplace(const ReplaceRequest&) override {
+  int AskReplace(const ReplaceRequest& request) override {
     std::lock_guard<std::mutex> lock(mMutex);
+    asked.push_back(request);
     return Next(replaceAnswers, kReplaceResultSkip);
   }
   bool ShowPreview(std::vector<TaskTree>&) override {
@@ -62,6 +63,7 @@ class ScriptedProxy : public AppkitProxy {
   std::deque<int> replaceAnswers;
   bool previewAnswer = true;
   std::vector<AlertRequest> alerts;
+  std::vector<ReplaceRequest> asked;
   int previews = 0;
 
  private:

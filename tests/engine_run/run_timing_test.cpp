@@ -78,23 +78,6 @@ TEST(SyncAndQuit, TheMainButtonCancelsTheCountdown) {
   EXPECT_FALSE(countdown.ConcludeRun(false));
 }
 
-TEST(SessionSwitches, ConflictRadiosAreOnAtTwoExceptFileVersusFolderAtOne) {
-  PlistDict session{{"conflictsDict", PlistDict{{"conflictBackupRadio", 2},
-                                                 {"conflictSyncRadio", 1},
-                                                 {"conflictFileFolderRadio", 1},
-                                                 {"conflictExactSyncRadio", 2},
-                                                 {"conflictExactSyncAsk", 2}}}};
-  SessionSwitches s;
-  ReadConflictRules(session, s);
-  EXPECT_TRUE(s.gIsConflictBackupRadio);
-  EXPECT_FALSE(s.gIsConflictSyncRadio);
-  EXPECT_TRUE(s.gIsConflictFileFolderRadio);
-  EXPECT_TRUE(s.gIsConflictExactSyncRadio);
-  EXPECT_FALSE(s.gIsConflictExactSyncAsk);  // a flag is on only at 1
-  EXPECT_FALSE(s.gIsConflictBackupRadio2);  // missing keys read as 0
-  EXPECT_FALSE(s.gIsConflictExactBackupRadio);
-}
-
 TEST(SessionSwitches, FiltersAndExclusionsAreOnOnlyWithAnActiveRow) {
   PlistDict inactiveFilter{{"onOff", 1}, {"filterNameField", "no criterion"}};
   PlistDict activeFilter{{"onOff", 1}, {"filterSizeOn", 0}, {"filterOwnerOn", 1}};

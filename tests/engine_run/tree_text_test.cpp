@@ -63,8 +63,6 @@ INSTANTIATE_TEST_SUITE_P(
         PromptCase{"BackupDestinationNewer", 12, 4, false, "Replace File", "Replace", "Skip",
                    "The source is going to replace the destination", false, true, true,
                    "The destination file has the most recent modification date/time."},
-        PromptCase{"SyncDirectionChanged", 31, 5, true, "Replace File", "Replace", "Skip",
-                   "The source is going to replace the destination", true, true, true, "Since the last Sync/Backup ()"},
         PromptCase{"ExactSyncDeleteSource", 41, 6, false, "Delete File", "Delete", "Copy",
                    "The source file is going to be deleted", false, true, false, "Since the last Sync/Backup ()"},
         PromptCase{"FolderAgainstFile", 52, 5, false, "Replace folder", "Replace", "Skip", "", false, true, true,

@@ -1,5 +1,5 @@
 // The walk around the decisions: dates, packages, empty folders, survivors of deleted folders,
-// counters, questions, errors and the items a scan must leave alone.
+// counters, errors and the items a scan must leave alone.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -163,46 +163,6 @@ TEST(Scan, ReadsBackupDatesOnlyWhenARuleNeedsThem) {
     EXPECT_EQ(fs.CountCalls(FsOperation::kListFolder), 2);
     EXPECT_LE(fs.CountCalls(FsOperation::kGetAttributes), 1);
   }
-}
-
-TEST(Scan, UnattendedRunAsksNothingAndSkips) {
-  TempTree a{{{"x", "a", T + 10, T + 5}, {"y", "a", T + 10, T + 5}}}, b{{{"x", "b", T + 8, T + 5}, {"y", "b", T + 8, T + 5}}};
-  ScanHarness h{TaskKind::kSync};
-  h.state.mExecutedBy = kExecutedByTimer;
-  h.state.session.gIsConflictSyncAsk = true;
-  h.proxy.answers = {kReplaceResultReplace, kReplaceResultReplace};
-  ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
-  EXPECT_TRUE(h.proxy.asked.empty());
-  EXPECT_TRUE(h.Modes().empty());
-  EXPECT_EQ(h.state.gConflictsSkipped, 2);
-}
-
-TEST(Scan, StopInThePromptEndsTheScan) {
-  TempTree a{{{"x", "a", T + 10, T + 5}, {"y", "a", T + 10, T + 5}, {"z", "a"}}};
-  TempTree b{{{"x", "b", T + 8, T + 5}, {"y", "b", T + 8, T + 5}}};
-  ScanHarness h{TaskKind::kSync};
-  h.state.session.gIsConflictSyncAsk = true;
-  h.proxy.answers = {kReplaceResultStop};
-  ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
-  EXPECT_EQ(h.proxy.asked.size(), 1u);
-  EXPECT_FALSE(h.state.IsRunOn());
-  EXPECT_TRUE(h.state.mUserPressedStop);
-  EXPECT_TRUE(h.Modes().empty());
-  EXPECT_EQ(h.proxy.asked[0].lastBackupDate, T + 5);
-  EXPECT_EQ(h.proxy.asked[0].source, a / "x");
-}
-
-TEST(Scan, PrivilegeProblemIsReportedAndTheItemKept) {
-  TempTree a{{{"x", "a"}, {"y", "a"}}}, b;
-  ScanHarness h{TaskKind::kBackup};
-  h.services.privileges[a / "x"] = 1;
-  h.services.privileges[a / "y"] = 2;
-  h.state.gMakeErrorsLog = true;
-  ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
-  EXPECT_EQ(h.Modes(), (std::map<std::string, int>{{"x", 2}, {"y", 2}}));
-  EXPECT_EQ(h.state.gTotError, 2);
-  EXPECT_NE(h.state.gDetailedLogText.find("Insufficient Privileges \"" + b / "x"), std::string::npos);
-  EXPECT_NE(h.state.gDetailedLogText.find("Item Locked \"" + b / "y"), std::string::npos);
 }
 
 TEST(Scan, RootLevelItemsThatAreNeverCopied) {

@@ -58,7 +58,6 @@ void SystemVolume(GuardCall& call) { call.volumes->mountPoints.insert(call.temp.
 
 const PairCase kPairs[] = {
         PairCase{"TwoFolders", {{"a/", ""}, {"b/", ""}}, "a", "b", nullptr, true, ""},
-        PairCase{"TwoFoldersWithOtherNames", {{"photos/", ""}, {"copy/", ""}}, "photos", "copy", nullptr, true, ""},
         PairCase{"TwoFilesOneName", {{"a/f.txt", "1"}, {"b/f.txt", "2"}}, "a/f.txt", "b/f.txt", nullptr, true, ""},
         PairCase{"MissingSource", {{"b/", ""}}, "nowhere", "b", nullptr, false,
                  "Cannot find the source folder:\r\"<T>/nowhere\""},

@@ -5,6 +5,7 @@
 
 #include "platform/linux_file_system.h"
 #include "platform_test_support.h"
+#include "support/as_user.h"
 
 namespace marigold {
 namespace {
@@ -13,14 +14,14 @@ using test::TempFolder;
 using test::WriteFile;
 
 // Runs `operation` as the throwaway user; the answer is the errno of its error, 0 for success,
-// or 200 when the error names another path than `expectedPath`.
+// 200 when the error names another path than `expectedPath`, or -1 when the child failed.
 int ErrnoAsUser(const std::function<FsStatus(FileSystem&)>& operation, const std::string& expectedPath) {
-  return test::RunAsUser(test::kThrowawayUser, [&] {
+  const std::string answer = OutputAsUser(test::kThrowawayUser, [&] {
     LinuxFileSystem fs;
     FsStatus status = operation(fs);
-    if (status) return 0;
-    return status.Error().path == expectedPath ? status.Error().code : 200;
+    return std::to_string(status ? 0 : status.Error().path == expectedPath ? status.Error().code : 200);
   });
+  return answer.find('<') == std::string::npos ? std::stoi(answer) : -1;
 }
 
 TEST(Access, RefusalsForAnUnprivilegedUser) {

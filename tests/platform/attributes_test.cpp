@@ -1,4 +1,5 @@
-// Reading items on a real disk: kinds, flags, listings, and paths longer than PATH_MAX.
+// Reading items on a real disk: kinds, listings, and paths longer than PATH_MAX. Setting times,
+// modes, owners and the locked flag is checked where copies and runs use them.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <limits.h>
@@ -67,30 +68,6 @@ TEST(Attributes, EveryKindIsReportedWithoutFollowingLinks) {
   ASSERT_FALSE(missing);
   EXPECT_TRUE(missing.Error().IsMissing());
   EXPECT_EQ(missing.Error().path, tree / "none");
-}
-
-TEST(Attributes, TimesModeOwnerAndLockedFlagRoundTrip) {
-  TempFolder tree;
-  LinuxFileSystem fs;
-  std::string file = tree / ".plan";
-  WriteFile(file, "x");
-  ASSERT_TRUE(fs.SetTimes(file, {315532800, 123456789}, FileTime{946684800, 5}));
-  ASSERT_TRUE(fs.SetMode(file, 04751));
-  auto a = fs.GetAttributes(file).Value();
-  EXPECT_EQ(a.modificationTime, (FileTime{315532800, 123456789}));
-  EXPECT_EQ(a.accessTime, (FileTime{946684800, 5}));
-  EXPECT_EQ(a.mode, 04751u);
-  EXPECT_TRUE(a.isInvisible);
-  EXPECT_TRUE(a.creationTime.has_value());  // the tmp folder's volume keeps birth times
-  if (!test::IsRoot()) GTEST_SKIP() << "owner and locked flag need root";
-  ASSERT_TRUE(fs.SetOwner(file, test::kThrowawayUser, -1));
-  EXPECT_EQ(fs.GetAttributes(file).Value().uid, test::kThrowawayUser);
-  ASSERT_TRUE(fs.SetLocked(file, true));
-  EXPECT_TRUE(fs.GetAttributes(file).Value().isLocked);
-  EXPECT_EQ(fs.RemoveItem(file).Error().code, EPERM);
-  ASSERT_TRUE(fs.SetLocked(file, false));
-  EXPECT_FALSE(fs.GetAttributes(file).Value().isLocked);
-  EXPECT_TRUE(fs.RemoveItem(file));
 }
 
 TEST(Listing, SortedRawNamesWithAttributes) {

@@ -5,8 +5,6 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <atomic>
-
 #include "platform/linux_file_system.h"
 #include "platform_test_support.h"
 
@@ -79,51 +77,6 @@ TEST(CopyItem, ExistingDestinationIsKeptUnlessReplacing) {
   EXPECT_EQ(ReadFile(tree / "b"), "old");
   EXPECT_EQ(fs.CopyItem(tree / "none", tree / "c", {}).Error().code, ENOENT);
   EXPECT_EQ(fs.CopyItem(tree / "a", tree / "no/such/folder", {}).Error().code, ENOENT);
-  EXPECT_EQ(CountTemporaryItems(tree.Path()), 0);
-}
-
-// A file that grows while it is read must not become a half-old, half-new copy.
-TEST(CopyItem, SourceChangingDuringTheCopyFailsAndKeepsTheOldFile) {
-  TempFolder tree;
-  LinuxFileSystem fs;
-  std::string source = tree / "growing";
-  WriteFile(source, std::string(24 << 20, 'g'));
-  WriteFile(tree / "dest", "old");
-  CopyOptions options;
-  options.replaceExisting = true;
-  bool appended = false;
-  options.progress = [&](std::uint64_t, std::uint64_t) {
-    if (!appended) test::RunCommand("echo more >> '" + source + "'");
-    appended = true;
-    return true;
-  };
-  auto copied = fs.CopyItem(source, tree / "dest", options);
-  ASSERT_FALSE(copied);
-  EXPECT_EQ(copied.Error().problem, FsProblem::kSourceChanged);
-  EXPECT_EQ(copied.Error().path, source);
-  EXPECT_EQ(ReadFile(tree / "dest"), "old");
-  EXPECT_EQ(CountTemporaryItems(tree.Path()), 0);
-}
-
-TEST(CopyItem, StopFlagEndsTheCopyWithoutATrace) {
-  TempFolder tree;
-  LinuxFileSystem fs;
-  WriteFile(tree / "big", std::string(20 << 20, 'b'));
-  std::atomic<bool> running{true};
-  std::uint64_t lastCopied = 0;
-  CopyOptions options;
-  options.keepRunning = &running;
-  options.progress = [&](std::uint64_t copied, std::uint64_t total) {
-    EXPECT_EQ(total, 20u << 20);
-    lastCopied = copied;
-    running = false;
-    return true;
-  };
-  auto copied = fs.CopyItem(tree / "big", tree / "copy", options);
-  ASSERT_FALSE(copied);
-  EXPECT_EQ(copied.Error().problem, FsProblem::kStopped);
-  EXPECT_GT(lastCopied, 0u);
-  EXPECT_TRUE(fs.GetAttributes(tree / "copy").Error().IsMissing());
   EXPECT_EQ(CountTemporaryItems(tree.Path()), 0);
 }
 

@@ -34,43 +34,5 @@ TEST(FaultFileSystem, FailsOnlyTheChosenCall) {
   EXPECT_EQ(ReadFile(tree / "c2"), "c");
 }
 
-// The disk fills after 4 KiB of the copy: the old file must survive, and no temporary may remain.
-TEST(FaultFileSystem, CopyFailingMidwayKeepsTheOldFile) {
-  TempFolder tree;
-  LinuxFileSystem real;
-  FaultFileSystem fs{real, {FailCopyAfter(4096, ENOSPC)}};
-  WriteFile(tree / "doc.txt", std::string(100000, 'n'));
-  WriteFile(tree / "dest.txt", "old");
-  CopyOptions options;
-  options.replaceExisting = true;
-  auto copied = fs.CopyItem(tree / "doc.txt", tree / "dest.txt", options);
-  ASSERT_FALSE(copied);
-  EXPECT_EQ(copied.Error().code, ENOSPC);
-  EXPECT_EQ(copied.Error().path, tree / "dest.txt");
-  EXPECT_EQ(ReadFile(tree / "dest.txt"), "old");
-  EXPECT_EQ(test::CountTemporaryItems(tree.Path()), 0);
-  EXPECT_TRUE(fs.CopyItem(tree / "doc.txt", tree / "dest.txt", options));  // only the first copy fails
-}
-
-TEST(FaultFileSystem, ItemsVanishOrChangeJustBeforeACall) {
-  TempFolder tree;
-  LinuxFileSystem real;
-  WriteFile(tree / "gone", "x");
-  WriteFile(tree / "edited", "before");
-  ItemSnapshot seen = ItemSnapshot::Of(real.GetAttributes(tree / "edited").Value());
-  FaultFileSystem fs{real, {VanishBefore(FsOperation::kRemoveItem, tree / "gone"),
-                            RunBefore(FsOperation::kGetAttributes, tree / "edited",
-                                      [&] { WriteFile(tree / "edited", "after, longer"); })}};
-  auto removed = fs.RemoveItem(tree / "gone");
-  ASSERT_FALSE(removed);
-  EXPECT_TRUE(removed.Error().IsMissing());
-  auto still = StillMatches(fs, tree / "edited", seen);
-  ASSERT_TRUE(still);
-  EXPECT_FALSE(still.Value());
-  EXPECT_TRUE(StillMatches(fs, tree / "edited", ItemSnapshot::Of(real.GetAttributes(tree / "edited").Value())).Value());
-  EXPECT_TRUE(StillMatches(fs, tree / "gone", ItemSnapshot::Absent()).Value());
-  EXPECT_FALSE(StillMatches(fs, tree / "gone", seen).Value());
-}
-
 }  // namespace
 }  // namespace marigold

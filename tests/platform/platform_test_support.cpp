@@ -2,7 +2,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <grp.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -124,20 +123,6 @@ int CountTemporaryItems(const std::string& folder) {
     if (std::string(d->d_name).find("MGTempFile") != std::string::npos) ++count;
   ::closedir(dir);
   return count;
-}
-
-int RunAsUser(uid_t id, const std::function<int()>& body) {
-  std::fflush(nullptr);
-  pid_t child = ::fork();
-  if (child < 0) return -1;
-  if (child == 0) {
-    if (::setgroups(0, nullptr) != 0 || ::setresgid(id, id, id) != 0 || ::setresuid(id, id, id) != 0)
-      ::_exit(255);
-    ::_exit(body() & 0xff);
-  }
-  int status = 0;
-  if (::waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
-  return WEXITSTATUS(status);
 }
 
 }  // namespace marigold::test

@@ -1,5 +1,5 @@
 // Real trees and real volumes for the platform tests: temporary folders, size-limited tmpfs and
-// loop-mounted images, commands, and running code as a user without privileges.
+// loop-mounted images, and commands.
 #pragma once
 
 #include <sys/types.h>
@@ -50,9 +50,6 @@ std::string ReadFile(const std::string& path);
 int RunCommand(const std::string& command, std::string* output = nullptr);
 // Names in the folder that hold the engine's temporary marker.
 int CountTemporaryItems(const std::string& folder);
-// Runs `body` in a forked child whose user and group are `id` and that has no other groups;
-// returns the value `body` returned, or -1 when the child could not run.
-int RunAsUser(uid_t id, const std::function<int()>& body);
 
 inline constexpr uid_t kThrowawayUser = 54321;
 

@@ -6,6 +6,7 @@
 
 #include "platform/linux_file_system.h"
 #include "platform_test_support.h"
+#include "support/as_user.h"
 
 namespace marigold {
 namespace {
@@ -55,12 +56,12 @@ TEST(Volumes, LetterCaseIsProbedPerVolume) {
 
   // A folder the user may not write to is judged by the names already in it.
   WriteFile(stick->Path() + "/Existing", "");
-  int answer = test::RunAsUser(test::kThrowawayUser, [&] {
+  std::string answer = OutputAsUser(test::kThrowawayUser, [&] {
     LinuxFileSystem child;
     auto probed = child.IsCaseInsensitive(stick->Path());
-    return probed ? (probed.Value() ? 1 : 0) : 100 + probed.Error().code;
+    return probed ? std::string(probed.Value() ? "insensitive" : "sensitive") : probed.Error().Message();
   });
-  EXPECT_EQ(answer, 1);
+  EXPECT_EQ(answer, "insensitive");
 }
 
 // GIO reads HOME and XDG_DATA_HOME once per process, so they are set before its first use.
