@@ -51,7 +51,7 @@ Tree Read(const std::string& root) {
   if (!fs::exists(fs::symlink_status(root, ec))) return tree;
   for (auto it = fs::recursive_directory_iterator(root, ec); !ec && it != fs::recursive_directory_iterator();
        it.increment(ec)) {
-    const std::string relative = fs::relative(it->path(), root).string();
+    const std::string relative = it->path().lexically_relative(root).string();
     if (it->is_symlink()) {
       tree[relative] = "-> " + fs::read_symlink(it->path()).string();
     } else if (it->is_directory()) {
@@ -72,7 +72,7 @@ std::map<std::string, std::string> Dates(const std::string& root) {
   std::error_code ec;
   for (auto it = fs::recursive_directory_iterator(root, ec); !ec && it != fs::recursive_directory_iterator();
        it.increment(ec)) {
-    dates[fs::relative(it->path(), root).string()] = DateText(it->path());
+    dates[it->path().lexically_relative(root).string()] = DateText(it->path());
   }
   return dates;
 }
