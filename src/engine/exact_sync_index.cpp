@@ -248,12 +248,18 @@ bool ExactSyncIndex::WriteExactSyncIndex(int mode, const PlistDict& taskRecord) 
   writer.KeyPath("absolutePathSource", s.gSourceFolder);
   writer.KeyPath("absolutePathDest", s.gDestFolder);
   writer.KeyDate("lastExactSyncDate", s.gStartSyncDateTime);
-  writer.OpenDict("treeSource");
-  MakeExactSyncIndex(s.gSourceFolder, writer, 1);
-  writer.CloseDict();
-  writer.OpenDict("treeDest");
-  MakeExactSyncIndex(s.gDestFolder, writer, 0);
-  writer.CloseDict();
+  {
+    BackupDateBatch dates(mContext->fs, s.gStartSyncDateTimeUTC);
+    mDates = &dates;
+    writer.OpenDict("treeSource");
+    MakeExactSyncIndex(s.gSourceFolder, writer, 1);
+    writer.CloseDict();
+    writer.OpenDict("treeDest");
+    MakeExactSyncIndex(s.gDestFolder, writer, 0);
+    writer.CloseDict();
+    dates.Finish();
+    mDates = nullptr;
+  }
 
   restoreBackupDateArray.clear();
   addToExactIndexArray.clear();
@@ -298,7 +304,11 @@ void ExactSyncIndex::DateLeaf(const std::string& path) {
     return;
   }
   // A volume that keeps no backup dates refuses them; the scan then reads "no date".
-  mContext->fs.SetBackupDate(path, State().gStartSyncDateTimeUTC);
+  if (mDates != nullptr) {
+    mDates->Add(path);
+  } else {
+    mContext->fs.SetBackupDate(path, State().gStartSyncDateTimeUTC);
+  }
 }
 
 bool ExactSyncIndex::ItExistsInSourceOrDest(const std::string& path, int where, bool& isDir) {

@@ -17,6 +17,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "engine/backup_date_batch.h"
 #include "engine/engine_context.h"
 #include "engine/exact_index_reader.h"
 #include "engine/exact_index_tree.h"
@@ -88,6 +89,7 @@ class ExactSyncIndex {
   std::vector<std::string> restoreBackupDateArray;
   std::unordered_set<std::string> mRestoreSet;  // restoreBackupDateArray, for lookups
   std::unordered_set<std::string> mAddSet;      // addToExactIndexArray as the record gave it
+  BackupDateBatch* mDates = nullptr;            // the leaves' dates, while a write walks the trees
 };
 
 }  // namespace marigold

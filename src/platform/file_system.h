@@ -64,6 +64,10 @@ class FileSystem {
  public:
   virtual ~FileSystem() = default;
 
+  // Whether several threads may call this file system at once. The real one keeps no state of
+  // its own; wrappers that do (fault injection) keep the default.
+  virtual bool AllowsConcurrentCalls() const { return false; }
+
   // --- reading -------------------------------------------------------------------------------
 
   // Attributes of the item itself (a link is described, not its target). ENOENT when missing.

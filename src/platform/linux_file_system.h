@@ -9,6 +9,7 @@ namespace marigold {
 
 class LinuxFileSystem final : public FileSystem {
  public:
+  bool AllowsConcurrentCalls() const override { return true; }
   FsResult<ItemAttributes> GetAttributes(const std::string& path) override;
   FsResult<std::vector<FolderEntry>> ListFolder(const std::string& path) override;
   FsResult<std::string> ReadLink(const std::string& path) override;
