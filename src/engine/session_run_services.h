@@ -3,7 +3,6 @@
 // one per run and hand it to the RunDriver; tests of the engine alone use the defaults instead.
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "engine/exact_sync_index.h"
