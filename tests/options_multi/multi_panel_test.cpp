@@ -17,9 +17,9 @@ struct RowSpec {
 };
 PlistDict MultiDict(int multiOn, const std::vector<std::pair<int, RowSpec>>& rows) {
   PlistArray array(32, PlistValue(DefaultMultiRow()));
-  for (const auto& [index, spec] : rows) {
+  for (const auto& [index, wanted] : rows) {
     array[static_cast<std::size_t>(index)] =
-        PlistDict{{"onOff", spec.onOff}, {"source", spec.source}, {"destination", spec.destination}};
+        PlistDict{{"onOff", wanted.onOff}, {"source", wanted.source}, {"destination", wanted.destination}};
   }
   return PlistDict{{"multiOn", multiOn}, {"multiArray", std::move(array)}};
 }
