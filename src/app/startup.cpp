@@ -11,6 +11,7 @@
 #include "app/system_version.h"
 #include "util/quillon_additions.h"
 #include "util/strings_table.h"
+#include "build_paths.h"
 
 namespace marigold {
 namespace {

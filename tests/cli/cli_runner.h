@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "startup/temp_home.h"
+#include "build_paths.h"
 
 namespace marigold::cli_testing {
 

@@ -6,6 +6,7 @@
 #include "cli_runner.h"
 #include "util/plist_io.h"
 #include "util/well_scramble.h"
+#include "build_paths.h"
 
 namespace marigold {
 namespace {

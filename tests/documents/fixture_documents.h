@@ -5,6 +5,7 @@
 
 #include "util/plist_io.h"
 #include "util/plist_value.h"
+#include "build_paths.h"
 
 namespace marigold {
 

@@ -10,6 +10,7 @@
 #include "support/tree_values.h"
 #include "util/plist_io.h"
 #include "app/document_model.h"
+#include "build_paths.h"
 
 namespace marigold::conflicts_test {
 namespace {

@@ -10,6 +10,7 @@
 #include "util/plist_io.h"
 #include "util/quillon_additions.h"
 #include "util/well_scramble.h"
+#include "build_paths.h"
 
 namespace marigold {
 namespace {

@@ -10,6 +10,7 @@
 #include "app/app_paths.h"
 #include "temp_home.h"
 #include "util/strings_table.h"
+#include "build_paths.h"
 
 namespace marigold {
 namespace {

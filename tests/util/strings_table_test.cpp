@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "support/temp_folder.h"
+#include "build_paths.h"
 
 namespace marigold {
 namespace {
