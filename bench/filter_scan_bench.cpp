@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "app/preferences.h"
 #include "engine/run_driver.h"
 #include "options/filters.h"
@@ -36,8 +36,9 @@ class QuietProxy : public AppkitProxy {
   bool ShowPreview(std::vector<TaskTree>&) override { return true; }
 };
 
-class FilterServices : public RunServices {
+class FilterServices : public RunServices, public ItemFilter {
  public:
+  FilterServices() { filter = this; }
   void SessionStarts(RunState&, const PlistDict& session) override { filters.SessionStarts(session); }
   bool IsToBeExcluded(RunState&, const std::string& path) override { return filters.IsToBeExcluded(path); }
   bool IsToBeFiltered(RunState&, const std::string& path, const ItemAttributes& attributes) override {

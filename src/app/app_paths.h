@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "util/path_join.h"
+
 namespace marigold {
 
 struct AppPaths {
@@ -28,8 +30,5 @@ inline constexpr const char* kAppIdentifier = "com.quillon.Marigold";
 // Computes every path from the environment (HOME, XDG_CONFIG_HOME, XDG_DATA_HOME). Creates
 // nothing. `logFolderName` is the localised "Log Files".
 AppPaths MakeAppPaths(const std::string& logFolderName);
-
-// Joins two path parts with exactly one "/" between them.
-std::string JoinPath(const std::string& folder, const std::string& name);
 
 }  // namespace marigold

@@ -6,16 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace marigold {
+#include "util/alert_request.h"
 
-struct AlertRequest {
-  enum class Style { Warning, Critical, Informational };
-  Style style = Style::Warning;
-  std::string title;        // "Warning:"
-  std::string text;         // the message
-  std::string informative;  // the smaller second text, may be empty
-  std::vector<std::string> buttons;  // first is the default; never empty
-};
+namespace marigold {
 
 class AppPrompts {
  public:
@@ -28,8 +21,5 @@ class AppPrompts {
   // An open panel for one file of `extension`; the chosen path, or nothing when cancelled.
   virtual std::optional<std::string> OpenPanel(const std::string& extension) = 0;
 };
-
-// Builds the one-button alert titled "Warning:" that errors outside a run use.
-AlertRequest WarningAlert(const std::string& text);
 
 }  // namespace marigold

@@ -7,7 +7,7 @@
 #include <ctime>
 #include <memory>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "app/session_management.h"
 #include "util/plist_io.h"
 #include "util/quillon_additions.h"

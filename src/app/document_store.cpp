@@ -8,7 +8,7 @@
 #include <fstream>
 #include <vector>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "app/document_upgrade.h"
 #include "util/plist_io.h"
 #include "util/quillon_additions.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "app/icon_shrink.h"
 #include "util/quillon_additions.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "util/strings_table.h"
 
 namespace marigold {

@@ -16,11 +16,11 @@
 namespace marigold {
 namespace {
 
-StartupResult Stop(StartupResult result, const std::string& title, const std::string& message) {
+StartupResult Stop(StartupResult result, SystemLog& log, const std::string& title, const std::string& message) {
   result.ok = false;
   result.fatalTitle = title;
   result.fatalMessage = message;
-  ::syslog(LOG_ERR, "%s", message.c_str());
+  log.Write(LOG_ERR, message);
   return result;
 }
 
@@ -71,31 +71,30 @@ std::string TerminalText(std::string text) {
 }
 
 StartupResult InitVariables(const StartupOptions& options) {
-  ::openlog("marigold", LOG_PID, LOG_USER);
+  const IdentitySource& identities = options.identities ? *options.identities : SystemIdentities();
+  SystemLog& log = options.systemLog ? *options.systemLog : SyslogSystemLog();
   StartupResult result;
-  result.identities = ReadIdentities();
+  result.identities = identities.Read();
   result.paths = MakeAppPaths("Log Files");
-  ::syslog(LOG_NOTICE, "%s",
-           LaunchLogLine(ProgramName(), result.identities,
-                         UserFullName(result.identities.uid)).c_str());
+  log.Write(LOG_NOTICE, LaunchLogLine(ProgramName(), result.identities, identities.FullName(result.identities.uid)));
 
   if (!options.skipSystemCheck && !CheckSystem().ok)
-    return Stop(std::move(result), GLS("OS X requirements:"), MinimumSystemMessage(kMinimumKernel));
+    return Stop(std::move(result), log, GLS("OS X requirements:"), MinimumSystemMessage(kMinimumKernel));
 
   // The home folder stands where the original platform required "(Home)/Library".
   struct stat st {};
   if (::stat(result.paths.home.c_str(), &st) != 0 || !S_ISDIR(st.st_mode))
-    return Stop(std::move(result), GLS("Warning:"),
+    return Stop(std::move(result), log, GLS("Warning:"),
                 GLS("Cannot find the folder (Home)/Library.") + "\r" + GLS("Cannot run."));
 
-  if (!PrepareSupportFolder(result.paths))
-    return Stop(std::move(result), GLS("Warning:"), CannotCreateFolderText(result.paths.pathMG4AppSupp));
+  if (!PrepareSupportFolder(result.paths, log))
+    return Stop(std::move(result), log, GLS("Warning:"), CannotCreateFolderText(result.paths.pathMG4AppSupp));
   // The preferences and the template live in the configuration folder, which a fresh account
   // may not have yet.
   if (!CreateFolderWithIntermediates(result.paths.preferencesFolder, 0700))
-    return Stop(std::move(result), GLS("Warning:"),
+    return Stop(std::move(result), log, GLS("Warning:"),
                 CannotCreateFolderText(result.paths.preferencesFolder));
-  PrepareIndexFolder(result.paths);
+  PrepareIndexFolder(result.paths, log);
 
   std::vector<std::string> folders = options.resourceFolders.empty()
                                          ? DefaultResourceFolders(result.paths.pathAppFolder)
@@ -105,7 +104,7 @@ StartupResult InitVariables(const StartupOptions& options) {
   if (std::find(languages.begin(), languages.end(), "en") == languages.end()) languages.push_back("en");
   auto table = LoadStringTable(folders, languages, &result.stringTablePath);
   if (!table)
-    return Stop(std::move(result), GLS("Warning:"),
+    return Stop(std::move(result), log, GLS("Warning:"),
                 GLS("Can't find the file \"Localizable.strings\" inside the application package.") +
                     "\r" + GLS("Please reinstall a new copy of the program."));
   SetStringTable(std::move(*table));

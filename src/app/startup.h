@@ -7,7 +7,8 @@
 #include <vector>
 
 #include "app/app_paths.h"
-#include "app/identities.h"
+#include "platform/identities.h"
+#include "platform/system_log.h"
 #include "engine/copy_log_lines.h"
 #include "util/plist_value.h"
 
@@ -34,6 +35,9 @@ struct StartupOptions {
   std::vector<std::string> languages;
   // Skips the kernel check (tests on machines that fail it still exercise the rest).
   bool skipSystemCheck = false;
+  // Who runs the program, and where diagnostics go; null means the system's own.
+  const IdentitySource* identities = nullptr;
+  SystemLog* systemLog = nullptr;
 };
 
 struct StartupResult {

@@ -157,31 +157,31 @@ bool CopyFolderKeepingModes(const std::string& from, const std::string& to, std:
   return true;
 }
 
-bool PrepareSupportFolder(const AppPaths& paths) {
+bool PrepareSupportFolder(const AppPaths& paths, SystemLog& log) {
   bool folder4Exists = IsFolder(paths.pathMG4AppSupp);
   if (!folder4Exists && IsFolder(paths.previousSupportFolder)) {
     std::string error;
     if (!CopyFolderKeepingModes(paths.previousSupportFolder, paths.pathMG4AppSupp, &error)) {
-      ::syslog(LOG_WARNING, "MG cannot copy the old support folder\r%s\rto the folder %s (%s)",
-               paths.previousSupportFolder.c_str(), paths.pathMG4AppSupp.c_str(), error.c_str());
+      log.Write(LOG_WARNING, "MG cannot copy the old support folder\r" + paths.previousSupportFolder +
+                                 "\rto the folder " + paths.pathMG4AppSupp + " (" + error + ")");
     }
   }
   std::string error;
   if (!CreateFolderWithIntermediates(paths.pathMG4AppSupp, 0777, &error)) {
-    ::syslog(LOG_ERR, "MG cannot create the folder %s - folder4Exists %d (%s)",
-             paths.pathMG4AppSupp.c_str(), folder4Exists ? 1 : 0, error.c_str());
+    log.Write(LOG_ERR, "MG cannot create the folder " + paths.pathMG4AppSupp + " - folder4Exists " +
+                           (folder4Exists ? "1" : "0") + " (" + error + ")");
     return false;
   }
   return true;
 }
 
-void PrepareIndexFolder(const AppPaths& paths) {
+void PrepareIndexFolder(const AppPaths& paths, SystemLog& log) {
   const std::string& index = paths.exactSyncIndexFolder;
   struct stat st {};
   if (!IsFolder(index) && ::lstat(index.c_str(), &st) == 0) {
     // A file (or a dangling link) where the index folder belongs would make every index write fail.
     if (::unlink(index.c_str()) != 0)
-      ::syslog(LOG_WARNING, "MG cannot delete the file %s (%s)", index.c_str(), std::strerror(errno));
+      log.Write(LOG_WARNING, "MG cannot delete the file " + index + " (" + std::strerror(errno) + ")");
   }
   if (IsFolder(index) || !IsFolder(paths.previousIndexFolder)) return;
   if (::rename(paths.previousIndexFolder.c_str(), index.c_str()) == 0) return;
@@ -192,12 +192,11 @@ void PrepareIndexFolder(const AppPaths& paths) {
       RemoveTree(paths.previousIndexFolder);
       return;
     }
-    ::syslog(LOG_WARNING, "MG cannot move the folder %s to %s (%s)",
-             paths.previousIndexFolder.c_str(), index.c_str(), error.c_str());
+    log.Write(LOG_WARNING, "MG cannot move the folder " + paths.previousIndexFolder + " to " + index + " (" + error + ")");
     return;
   }
-  ::syslog(LOG_WARNING, "MG cannot move the folder %s to %s (%s)", paths.previousIndexFolder.c_str(),
-           index.c_str(), std::strerror(errno));
+  log.Write(LOG_WARNING, "MG cannot move the folder " + paths.previousIndexFolder + " to " + index + " (" +
+                             std::strerror(errno) + ")");
 }
 
 }  // namespace marigold

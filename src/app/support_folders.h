@@ -7,6 +7,7 @@
 #include <string>
 
 #include "app/app_paths.h"
+#include "platform/system_log.h"
 
 namespace marigold {
 
@@ -20,13 +21,13 @@ bool CreateFolderWithIntermediates(const std::string& path, mode_t mode, std::st
 bool CopyFolderKeepingModes(const std::string& from, const std::string& to, std::string* error = nullptr);
 
 // When the support folder is missing and the previous major version's folder exists, copies the
-// previous one over (a failure is logged and ignored); then creates the support folder. False when
+// previous one over (a failure is logged to `log` and ignored); then creates the support folder. False when
 // the support folder does not exist afterwards.
-bool PrepareSupportFolder(const AppPaths& paths);
+bool PrepareSupportFolder(const AppPaths& paths, SystemLog& log);
 
 // The exact-sync index folder: anything that is not a folder at its path is deleted, and when
 // the folder is missing the previous version's index folder is moved there. Failures are logged
 // and ignored.
-void PrepareIndexFolder(const AppPaths& paths);
+void PrepareIndexFolder(const AppPaths& paths, SystemLog& log);
 
 }  // namespace marigold

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <iostream>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "util/plist_io.h"
 #include "util/well_scramble.h"
 

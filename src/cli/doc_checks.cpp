@@ -1,6 +1,6 @@
 #include "cli/doc_checks.h"
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "options/filter_rows.h"
 #include "options/multi_list.h"
 

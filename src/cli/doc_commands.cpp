@@ -4,7 +4,7 @@
 #include <iostream>
 
 #include "app/document_edit.h"
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "app/session_management.h"
 #include "cli/commands.h"
 #include "cli/doc_checks.h"

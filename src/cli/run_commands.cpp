@@ -1,9 +1,7 @@
 #include "cli/run_commands.h"
 
 #include <signal.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,38 +10,33 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <thread>
 
 #include "app/document_edit.h"
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "app/preferences.h"
+#include "app/run_controller.h"
 #include "cli/commands.h"
 #include "cli/terminal_proxy.h"
-#include "engine/are_you_sure.h"
-#include "engine/run_driver.h"
-#include "engine/session_run_services.h"
 #include "engine/tree_text.h"
 #include "platform/linux_file_system.h"
 #include "util/strings_table.h"
-
-extern char** environ;
 
 namespace marigold {
 namespace {
 
 // The run a signal asks to stop; a Stop is a pair of atomic stores, safe in a handler.
-std::atomic<RunDriver*> gRunningDriver{nullptr};
+std::atomic<RunController*> gRunningController{nullptr};
 
 extern "C" void StopRunOnSignal(int) {
-  if (RunDriver* driver = gRunningDriver.load()) driver->Stop();
+  if (RunController* controller = gRunningController.load()) controller->Stop();
 }
 
 // The first Ctrl-C (or a TERM) stops the run cleanly; the handler then gives way, so a second one
 // ends the program at once.
 class StopSignals {
  public:
-  explicit StopSignals(RunDriver& driver) {
-    gRunningDriver = &driver;
+  explicit StopSignals(RunController& controller) {
+    gRunningController = &controller;
     struct sigaction action {};
     action.sa_handler = StopRunOnSignal;
     action.sa_flags = SA_RESETHAND;
@@ -54,7 +47,7 @@ class StopSignals {
   ~StopSignals() {
     ::sigaction(SIGINT, &mOldInt, nullptr);
     ::sigaction(SIGTERM, &mOldTerm, nullptr);
-    gRunningDriver = nullptr;
+    gRunningController = nullptr;
   }
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
@@ -120,82 +113,66 @@ bool ApplySetting(const std::string& assignment, PlistDict& session, PlistDict& 
   return false;
 }
 
-void ShutDownComputer() {
-  std::fprintf(stderr, "marigold: shutting the computer down, as the preferences ask\n");
-  char program[] = "systemctl";
-  char verb[] = "poweroff";
-  char* argv[] = {program, verb, nullptr};
-  pid_t pid = 0;
-  if (::posix_spawnp(&pid, program, nullptr, nullptr, argv, environ) == 0) {
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-  }
-}
-
-void PrintSummary(const RunDriver& driver, std::int64_t conflictsSkipped, std::int64_t errors) {
-  const SideCopyCounters& c = driver.copyTotals();
+void PrintSummary(const RunOutcome& outcome) {
+  const SideCopyCounters& c = outcome.copyTotals;
   std::printf("%s %lld\n", GLS("Items copied:").c_str(), static_cast<long long>(c.FilesCopied + c.FoldersCreated));
   std::printf("%s %lld\n", GLS("Items replaced:").c_str(), static_cast<long long>(c.FilesReplaced));
   std::printf("%s %lld\n", GLS("Items deleted:").c_str(),
               static_cast<long long>(c.FilesDeleted + c.FoldersDeleted + c.FilesTrashed + c.FoldersTrashed));
   // Conflicts left as they were, so that a run that asked nobody says what it did not do.
-  if (conflictsSkipped > 0)
-    std::printf("%s %lld\n", GLS("Conflicts skipped:").c_str(), static_cast<long long>(conflictsSkipped));
-  std::printf("%s %lld\n", GLS("Errors:").c_str(), static_cast<long long>(errors));
+  if (outcome.conflictsSkipped > 0)
+    std::printf("%s %lld\n", GLS("Conflicts skipped:").c_str(), static_cast<long long>(outcome.conflictsSkipped));
+  std::printf("%s %lld\n", GLS("Errors:").c_str(), static_cast<long long>(outcome.errors));
 }
 
-struct RunRequest {
+struct RunChoice {
   std::int64_t sessionIndex = 0;
   bool interactive = false;
   bool dryRun = false;
 };
 
-int ExecuteRun(PlistDict& document, const PlistDict& preferences, const AppPaths& paths, const RunRequest& request) {
+// Runs through the run controller and prints its outcome; returns the exit status.
+int ExecuteRun(const PlistDict& document, const PlistDict& preferences, const AppPaths& paths, const RunChoice& choice) {
   LinuxFileSystem fs;
-  TerminalProxy proxy(request.interactive, ::isatty(STDERR_FILENO) == 1);
-  // A run the user starts and watches is confirmed first, as the preferences ask; saying no is
-  // not a failure, so it ends like a cancelled preview: nothing done, status 0. A dry run
-  // changes nothing and is not asked about.
-  if (request.interactive && !request.dryRun && AsksConfirmation(preferences) &&
-      !proxy.Confirm(GLS("Starting task:"), AreYouSureString(document, request.sessionIndex, fs))) {
-    std::printf("%s\n", GLS("Cancelled: nothing was done.").c_str());
-    return kExitOk;
-  }
-  SessionRunServices services(paths.exactSyncIndexFolder);
-  RunDriver driver(document, preferences, fs, proxy, services);
-  driver.SetDryRun(request.dryRun);
-  std::atomic<std::int64_t> errorsSeen{0};
-  driver.SetErrorObserver([&](const std::string& message) {
-    ++errorsSeen;
-    proxy.PrintError(message);
-  });
+  TerminalProxy proxy(choice.interactive, ::isatty(STDERR_FILENO) == 1);
+  RunController controller(paths, fs, proxy);
+  RunRequest request{choice.sessionIndex, choice.interactive ? kExecutedByUser : kExecutedByCommandLine, choice.dryRun};
+  RunOutcome outcome;
   {
-    StopSignals signals(driver);
-    std::thread worker(
-        [&] { driver.ExecuteSyncBackup(request.sessionIndex, request.interactive ? kExecutedByUser : kExecutedByCommandLine); });
-    worker.join();
+    StopSignals signals(controller);
+    outcome = controller.Run(document, preferences, request);
   }
 
-  RunState& state = driver.state();
-  const bool stopped = state.mUserPressedStop;
-  const std::int64_t errors = std::max<std::int64_t>(state.gGlobalError, errorsSeen.load());
-  if (request.dryRun) {
-    for (const TaskTree& tree : driver.scannedTrees()) std::fputs(DescribeTaskTree(tree).c_str(), stdout);
-    if (driver.scannedTrees().empty() && driver.scanSucceeded()) std::printf("%s\n", GLS("Nothing to do.").c_str());
-  } else if (driver.previewCancelled()) {
-    std::printf("%s\n", GLS("Cancelled: nothing was copied.").c_str());
+  switch (outcome.ending) {
+    case RunEnding::kCouldNotStart:
+      return Usage(outcome.couldNotStartReason);
+    case RunEnding::kNotConfirmed:
+      // Saying no is not a failure: nothing was done.
+      std::printf("%s\n", GLS("Cancelled: nothing was done.").c_str());
+      return kExitOk;
+    case RunEnding::kPreviewCancelled:
+      std::printf("%s\n", GLS("Cancelled: nothing was copied.").c_str());
+      return kExitOk;
+    case RunEnding::kCompleted:
+    case RunEnding::kStopped:
+    case RunEnding::kScanFailed:
+      break;
+  }
+  if (choice.dryRun) {
+    for (const TaskTree& tree : outcome.dryRunTrees) std::fputs(DescribeTaskTree(tree).c_str(), stdout);
+    if (outcome.dryRunTrees.empty() && outcome.ending != RunEnding::kScanFailed)
+      std::printf("%s\n", GLS("Nothing to do.").c_str());
   } else {
-    PrintSummary(driver, state.gGlobalConflictsSkipped, errors);
+    PrintSummary(outcome);
   }
-  if (stopped) std::printf("%s\n", GLS("Stopped.").c_str());
+  if (outcome.Stopped()) std::printf("%s\n", GLS("Stopped.").c_str());
   std::fflush(stdout);
-
-  if (driver.afterRunAction() == AfterRunAction::kShutDown) ShutDownComputer();
-  if (!driver.scanSucceeded() && !stopped) {
+  if (outcome.poweringOff) std::fprintf(stderr, "marigold: the computer is shutting down, as the preferences ask\n");
+  if (outcome.ending == RunEnding::kScanFailed) {
     std::fprintf(stderr, "marigold: the run could not start: its folders could not be scanned\n");
     return kExitBadInput;
   }
-  return errors > 0 || stopped ? kExitFailed : kExitOk;
+  return outcome.errors > 0 || outcome.Stopped() ? kExitFailed : kExitOk;
 }
 
 // The reason a document path cannot be read, or "" when it looks readable.
@@ -203,17 +180,6 @@ std::string DocumentProblem(const std::string& path) {
   struct stat st {};
   if (::stat(path.c_str(), &st) != 0) return std::strerror(errno);
   if (S_ISDIR(st.st_mode)) return "it is a folder";
-  return "";
-}
-
-// A session run alone needs one of its two folders; nothing else can be checked before the run.
-std::string FolderProblem(const PlistDict& session) {
-  if (session.GetDict("multiDict") && session.GetDict("multiDict")->IsFlagOn("multiOn")) return "";
-  const PlistDict* console = session.GetDict("consoleDict");
-  const std::string source = console ? console->GetString("topFolder") : "";
-  const std::string dest = console ? console->GetString("bottomFolder") : "";
-  if (source.empty() || dest.empty()) return "the session has no source or no destination folder";
-  if (!Exists(source) && !Exists(dest)) return "neither \"" + source + "\" nor \"" + dest + "\" exists";
   return "";
 }
 
@@ -247,13 +213,7 @@ int RunDocument(MainApp& app, const RunCommandArgs& args) {
   } else if (!IsAllSessions(document, index) && (index < 0 || index >= count)) {
     index = 0;
   }
-  if (!IsAllSessions(document, index)) {
-    if (std::string problem = FolderProblem(*GetSessionDict(document, index)); !problem.empty()) {
-      return Usage(problem);
-    }
-  }
-  RunRequest request{index, args.interactive, args.dryRun};
-  return ExecuteRun(document, app.preferences().dict(), app.paths(), request);
+  return ExecuteRun(document, app.preferences().dict(), app.paths(), {index, args.interactive, args.dryRun});
 }
 
 int RunPair(MainApp& app, const RunCommandArgs& args) {
@@ -284,8 +244,7 @@ int RunPair(MainApp& app, const RunCommandArgs& args) {
     if (!ApplySetting(assignment, session, prefs, prefDefaults, error)) return Usage(error);
   }
   PlistDict document{{"sessionsArray", PlistArray{session}}, {"fileVersion", kFileVersion}, {"sessionIndex", 0}};
-  RunRequest request{0, args.interactive, args.dryRun};
-  return ExecuteRun(document, prefs, app.paths(), request);
+  return ExecuteRun(document, prefs, app.paths(), {0, args.interactive, args.dryRun});
 }
 
 void AddRunModeOptions(CLI::App* command, RunCommandArgs& args) {

@@ -1,7 +1,5 @@
 #include "cli/terminal_proxy.h"
 
-#include <sys/stat.h>
-
 #include <cstdlib>
 
 #include "app/startup.h"
@@ -14,10 +12,12 @@ namespace {
 
 constexpr int kBarWidth = 24;
 
-std::optional<std::int64_t> ModificationSeconds(const std::string& path) {
-  struct stat st {};
-  if (::lstat(path.c_str(), &st) != 0) return std::nullopt;
-  return static_cast<std::int64_t>(st.st_mtim.tv_sec);
+// "Modification Date: ... (file, 12.0 KiB)" for one side of the replace prompt; "--" when missing.
+std::string SideText(const ReplaceSide& side) {
+  if (!side.exists) return ModificationDateLine(std::nullopt);
+  if (side.kind == ItemKind::kFolder) return ModificationDateLine(side.modified) + " (" + GLS("folder") + ")";
+  const std::string kind = side.kind == ItemKind::kSymlink ? GLS("link") : GLS("file");
+  return ModificationDateLine(side.modified) + " (" + kind + ", " + ByteCountText(side.size) + ")";
 }
 
 }  // namespace
@@ -85,8 +85,8 @@ int TerminalProxy::AskReplace(const ReplaceRequest& request) {
     PrintLines(prompt.title);
     PrintLines(prompt.text);
     // Both items are named even when only one of them can be acted on; a missing one shows "--".
-    PrintLines("  A: \"" + PrintableName(request.source) + "\"  " + ModificationDateLine(ModificationSeconds(request.source)));
-    PrintLines("  B: \"" + PrintableName(request.dest) + "\"  " + ModificationDateLine(ModificationSeconds(request.dest)));
+    PrintLines("  A: \"" + PrintableName(request.source) + "\"  " + SideText(request.sideA));
+    PrintLines("  B: \"" + PrintableName(request.dest) + "\"  " + SideText(request.sideB));
     if (!prompt.directionTooltip.empty()) PrintLines("  (" + prompt.directionTooltip + ")");
     PrintChoice("r", prompt.replaceTitle, prompt.replaceTooltip, true);
     PrintChoice("s", prompt.skipTitle, prompt.skipTooltip, false);
@@ -121,7 +121,7 @@ void TerminalProxy::PrintChoice(const char* key, const std::string& title, const
   PrintLines(line);
 }
 
-bool TerminalProxy::Confirm(const std::string& title, const std::string& question) {
+bool TerminalProxy::ConfirmRun(const std::string& title, const std::string& question) {
   std::lock_guard<std::mutex> lock(mMutex);
   if (!mInteractive) return true;
   ClearProgress();
@@ -170,7 +170,7 @@ void TerminalProxy::Beep() {
   if (mShowProgress) std::fputc('\a', mOut);
 }
 
-void TerminalProxy::PrintError(const std::string& message) {
+void TerminalProxy::ReportError(const std::string& message) {
   std::lock_guard<std::mutex> lock(mMutex);
   PrintLines("marigold: " + message);
   DrawProgress();

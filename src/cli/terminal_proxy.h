@@ -33,10 +33,10 @@ class TerminalProxy : public AppkitProxy {
 
   // Asks a yes/no question before a run ("[y/N]"): true only for a typed "y" or "yes"; an
   // empty line or the end of input is "no". An unattended proxy asks nothing and says yes.
-  bool Confirm(const std::string& title, const std::string& question);
+  bool ConfirmRun(const std::string& title, const std::string& question) override;
 
   // Prints one error of the run on its own line ("marigold: " and the message).
-  void PrintError(const std::string& message);
+  void ReportError(const std::string& message) override;
 
  private:
   // All with mMutex held.

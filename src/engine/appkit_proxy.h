@@ -1,7 +1,12 @@
-// Everything the run's worker needs from a person or a screen. Each call blocks the worker until
-// it returns. The desktop program answers on its GUI thread, the terminal asks on the terminal
-// (an unattended run asks nothing), and tests script the answers and record the calls. The
-// engine decides; the proxy only shows and returns what was pressed.
+// Everything a run needs from a person or a screen. The desktop program answers on its GUI
+// thread, the terminal asks on the terminal (an unattended run asks nothing), and tests script the
+// answers and record the calls. The engine decides; the proxy only shows and returns what was
+// pressed, and never reads the disk: every request carries what it shows.
+//
+// Threads: the run controller calls ConfirmRun on the thread that starts the run, before the
+// worker exists. Every other call comes from the run's worker thread, except UpdateItemsToDo,
+// which the console refresher also makes from its own timer thread. Calls marked "blocks" hold the
+// worker until the person answers; all others must return at once (queue the update, draw later).
 #pragma once
 
 #include <cstdint>
@@ -9,12 +14,21 @@
 #include <string>
 #include <vector>
 
-#include "app/app_prompts.h"
 #include "engine/scan_node.h"
+#include "platform/item_attributes.h"
+#include "util/alert_request.h"
 
 namespace marigold {
 
-// The values of one replace prompt; the wording is built from them by the prompt's controller.
+// One side of a replace prompt, as the scan saw it.
+struct ReplaceSide {
+  bool exists = false;
+  ItemKind kind = ItemKind::kUnknown;
+  std::uint64_t size = 0;                      // bytes; 0 for a folder
+  std::optional<std::int64_t> modified;        // Unix seconds
+};
+
+// The values of one replace prompt; the wording is built from them by BuildReplacePrompt.
 struct ReplaceRequest {
   std::string source;
   std::string dest;
@@ -22,6 +36,8 @@ struct ReplaceRequest {
   int copyMode = 0;
   int conflict = 0;  // 11, 12, 21, 22, 31, 41, 42, 51, 52
   bool isSync = false;
+  ReplaceSide sideA;  // the item at `source`
+  ReplaceSide sideB;  // the item at `dest`
 };
 
 // Modal results of the replace prompt; negated when the user changed the direction.
@@ -33,14 +49,21 @@ class AppkitProxy {
  public:
   virtual ~AppkitProxy() = default;
 
-  // A modal alert; returns the index of the button pressed (0 = first, the default).
+  // Blocks. "Starting task:" and the question that names what the run will do; true to start.
+  // Only a run started by the user with prefAskConfirmation on is confirmed.
+  virtual bool ConfirmRun(const std::string& title, const std::string& question) {
+    (void)title;
+    (void)question;
+    return true;
+  }
+  // Blocks. A modal alert; returns the index of the button pressed (0 = first, the default).
   virtual int Alert(const AlertRequest& request) = 0;
-  // The replace prompt; returns its modal result (see the constants above).
+  // Blocks. The replace prompt; returns its modal result (see the constants above).
   virtual int AskReplace(const ReplaceRequest& request) = 0;
-  // The preview of the scan trees; the user may negate single copy modes. True to copy.
+  // Blocks. The preview of the scan trees; the user may negate single copy modes. True to copy.
   virtual bool ShowPreview(std::vector<TaskTree>& trees) = 0;
 
-  // Console updates; none of them may block for long.
+  // Console updates: none of them blocks.
   virtual void RunStarted() {}
   virtual void RunEnded() {}
   virtual void ShowMainFolders(const std::string& source, const std::string& dest) { (void)source; (void)dest; }
@@ -51,6 +74,8 @@ class AppkitProxy {
   virtual void UpdateItemsToDo(std::int64_t itemsToDo, std::int64_t itemsTotal) { (void)itemsToDo; (void)itemsTotal; }
   // Bytes of the file being copied.
   virtual void UpdateBytesCopied(std::uint64_t copied, std::uint64_t total) { (void)copied; (void)total; }
+  // The message of each error the run records, as it is recorded.
+  virtual void ReportError(const std::string& message) { (void)message; }
   virtual void Beep() {}
 };
 

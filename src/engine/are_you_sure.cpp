@@ -1,6 +1,6 @@
 #include "engine/are_you_sure.h"
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "platform/item_attributes.h"
 #include "util/strings_table.h"
 

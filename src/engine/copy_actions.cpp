@@ -46,7 +46,7 @@ bool CopyExecutor::QLCreateFolder(const std::string& folder, bool sideA) {
                         FailureDescription(made.Error(), GLS("Can't create the folder"))});
   ++state.Side(sideA).FoldersCreated;
   AddSuccessLine(mWords.createdFolder, folder);
-  mContext.services.RemoveItemOKFromRestore(state, folder);
+  mContext.services.folders->RemoveItemOKFromRestore(state, folder);
   return true;
 }
 
@@ -65,7 +65,7 @@ bool CopyExecutor::QLDestParentExists(const std::string& dstParent, const std::s
 bool CopyExecutor::QLCopyFile(const std::string& src, const std::string& dst, bool sideA) {
   RunState& state = mContext.state;
   if (!MayChangeItemsIn(ParentFolderOf(dst)) &&
-      !mContext.services.UnlockChain(state, ParentFolderOf(dst), SideRoot(sideA), 1))
+      !mContext.services.folders->UnlockChain(state, ParentFolderOf(dst), SideRoot(sideA), 1))
     return ReportError({GLS("Can't copy the file"), " ", Quoted(src), "\r", mWords.to, " ", Quoted(dst), "\r",
                         GLS("Insufficient privileges")});
   std::string errStr;
@@ -79,7 +79,7 @@ bool CopyExecutor::QLCopyFile(const std::string& src, const std::string& dst, bo
   ++state.Side(sideA).FilesCopied;
   CountVisibility(sideA, dst);
   AddSuccessLine(mWords.copiedFile, src, mWords.to, dst);
-  mContext.services.RemoveItemOKFromRestore(state, dst);
+  mContext.services.folders->RemoveItemOKFromRestore(state, dst);
   return true;
 }
 
@@ -94,7 +94,7 @@ bool CopyExecutor::QLReplaceDestFile(const std::string& src, const std::string& 
     return ReportChanged(dst);
   const std::string parent = ParentFolderOf(dst);
   const bool locked = current && current.Value().isLocked;
-  if ((locked || !MayChangeItemsIn(parent)) && !mContext.services.UnlockChain(state, dst, SideRoot(sideA), 2))
+  if ((locked || !MayChangeItemsIn(parent)) && !mContext.services.folders->UnlockChain(state, dst, SideRoot(sideA), 2))
     return ReportError({GLS("Can't replace the file"), " ", Quoted(dst), "\r", GLS("Insufficient privileges")});
 
   std::string errStr;
@@ -111,7 +111,7 @@ bool CopyExecutor::QLReplaceDestFile(const std::string& src, const std::string& 
   CountVisibility(sideA, dst);
   AddSuccessLine(mWords.replacedFile, dst, mWords.withTheMostRecentFile, src);
   // The new item carries its origin's lock; the old one's must not come back over it.
-  mContext.services.RemoveItemOKFromRestore(state, dst);
+  mContext.services.folders->RemoveItemOKFromRestore(state, dst);
   return true;
 }
 

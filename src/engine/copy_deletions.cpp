@@ -25,11 +25,11 @@ bool CopyExecutor::QLDeleteFile(const std::string& path, bool sideA, const ItemA
   }
   if (!withFolder) {
     if (!MayChangeItemsIn(ParentFolderOf(path)) &&
-        !mContext.services.UnlockChain(state, path, SideRoot(sideA), 2))
+        !mContext.services.folders->UnlockChain(state, path, SideRoot(sideA), 2))
       return ReportError({failure, " ", Quoted(path), "\r", GLS("Insufficient privileges")});
     // A package is a folder on disk: it goes with everything inside it, locked items included
     // when locked items are handled.
-    if (!trash && attributes.IsFolder() && state.session.gIsUnlockOn) mContext.services.UnlockWholeItem(state, path);
+    if (!trash && attributes.IsFolder() && state.session.gIsUnlockOn) mContext.services.folders->UnlockWholeItem(state, path);
     FsStatus done = trash ? fs.MoveToTrash(path) : attributes.IsFolder() ? fs.RemoveTree(path) : fs.RemoveItem(path);
     if (!done) return ReportError({failure, " ", Quoted(path), "\r", FailureDescription(done.Error(), failure)});
   }
@@ -44,7 +44,7 @@ bool CopyExecutor::QLDeleteFile(const std::string& path, bool sideA, const ItemA
   }
   // An item inside a folder that goes to the trash whole is gone once its folder is.
   if (!withFolder) state.gItemsDeleted.insert(path);
-  mContext.services.RemoveItemOKFromRestore(state, path);
+  mContext.services.folders->RemoveItemOKFromRestore(state, path);
   return true;
 }
 
@@ -55,7 +55,7 @@ bool CopyExecutor::QLDeleteFolder(const std::string& path, bool sideA, const Ite
   const bool trash = state.session.gIsMoveToTrash;
   const bool withFolder = trash && isParentToDelete;
   const bool mayChange = withFolder || MayChangeItemsIn(ParentFolderOf(path));
-  if ((attributes.isLocked || !mayChange) && !mContext.services.UnlockChain(state, path, SideRoot(sideA), 2))
+  if ((attributes.isLocked || !mayChange) && !mContext.services.folders->UnlockChain(state, path, SideRoot(sideA), 2))
     return ReportError({GLS("Insufficient Privileges"), " ", Quoted(path)});
   if (!withFolder) {
     const std::string failure = GLS(trash ? "Can't trash the folder" : "Can't delete the folder");
@@ -74,7 +74,7 @@ bool CopyExecutor::QLDeleteFolder(const std::string& path, bool sideA, const Ite
   }
   // An item inside a folder that goes to the trash whole is gone once its folder is.
   if (!withFolder) state.gItemsDeleted.insert(path);
-  mContext.services.RemoveItemOKFromRestore(state, path);
+  mContext.services.folders->RemoveItemOKFromRestore(state, path);
   return true;
 }
 

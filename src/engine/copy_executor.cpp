@@ -35,7 +35,7 @@ bool CopyExecutor::CopyItems(std::vector<ScanNode>& nodes, const std::string& fo
   const bool result = WalkItems(nodes, folderA, folderB, deleteParent);
   --mDepth;
   // The task's own walk ends: whatever it opened in its main folders is shut again.
-  if (mDepth == 0) mContext.services.RestoreOriginalAttr(mContext.state, folderA, folderB);
+  if (mDepth == 0) mContext.services.folders->RestoreOriginalAttr(mContext.state, folderA, folderB);
   return result;
 }
 
@@ -90,7 +90,7 @@ bool CopyExecutor::WalkItems(std::vector<ScanNode>& nodes, const std::string& fo
     }
     if (walk) {
       if (!CopyItems(node.subItems, a, b, IsDeletion(mode))) result = false;
-      mContext.services.RestoreOriginalAttr(state, a, b);
+      mContext.services.folders->RestoreOriginalAttr(state, a, b);
       MakeFolderDatesAgree(mode, a, b, dateA, dateB);
     }
   }

@@ -5,7 +5,9 @@
 #include "engine/appkit_proxy.h"
 #include "engine/run_services.h"
 #include "engine/run_state.h"
+#include "platform/clock.h"
 #include "platform/file_system.h"
+#include "platform/system_log.h"
 #include "util/plist_value.h"
 
 namespace marigold {
@@ -19,6 +21,15 @@ struct EngineContext {
   RunServices& services;
   ErrorPath& errors;
   const PlistDict& preferences;
+  const Clock& clock = SystemClock();
+  SystemLog& systemLog = SyslogSystemLog();
+};
+
+// The seams a run uses besides the file system and the proxy; the system's own unless a test or
+// a front end gives others.
+struct RunSeams {
+  const Clock* clock = &SystemClock();
+  SystemLog* systemLog = &SyslogSystemLog();
 };
 
 }  // namespace marigold

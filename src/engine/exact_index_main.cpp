@@ -2,7 +2,7 @@
 
 #include <sys/stat.h>
 
-#include "app/app_paths.h"
+#include "util/path_join.h"
 #include "engine/exact_index_names.h"
 #include "util/plist_io.h"
 

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "app/app_paths.h"
+#include "util/path_join.h"
 #include "engine/error_path.h"
 #include "engine/exact_index_main.h"
 #include "engine/exact_index_names.h"
@@ -103,13 +103,13 @@ bool ExactSyncIndex::ExactSyncFileExists(bool load) {
     return false;
   }
   // A root that is not a folder node is a damaged index: say what stands there.
-  auto isFolderNode = [](const char* which, const ExactIndexTree& tree, ExactIndexTree::NodeId root,
-                         const std::map<std::string, IndexRootLeaf>& leaves, const std::string& key) {
+  auto isFolderNode = [this](const char* which, const ExactIndexTree& tree, ExactIndexTree::NodeId root,
+                             const std::map<std::string, IndexRootLeaf>& leaves, const std::string& key) {
     if (tree.IsFolder(root)) return true;
     const auto leaf = leaves.find(key);
-    ::syslog(LOG_ERR, "!!!Error: %s className is %s\rContent: %s", which,
-             leaf == leaves.end() ? "unknown" : leaf->second.className.c_str(),
-             leaf == leaves.end() ? "" : leaf->second.content.c_str());
+    mContext->systemLog.Write(LOG_ERR, std::string("!!!Error: ") + which + " className is " +
+                                           (leaf == leaves.end() ? "unknown" : leaf->second.className) +
+                                           "\rContent: " + (leaf == leaves.end() ? "" : leaf->second.content));
     return false;
   };
   const bool srcUsable = isFolderNode("gExactSyncDictSrc", srcTree, srcRoot, srcLeaves, srcKey);

@@ -4,15 +4,9 @@
 
 #include <string>
 
+#include "options/settings_titles.h"
+
 namespace marigold {
-
-// The settings check box that leaves locked items alone, and the preferences check box that
-// relaunches the program as root. Defined once here; the panels show the same titles.
-inline constexpr const char* kSkipLockedItemsTitle = "Skip locked items";
-inline constexpr const char* kRunAsRootTitle = "Run as root";
-
-// The page of the maker's site that explains how to back up a system volume.
-inline constexpr const char* kBootBackupHelpAddress = "https://www.quillon.com/marigold/help/backup-boot-disk.html";
 
 // The localised report of a refused privilege check on `item`: `result` 1 is "Insufficient
 // Privileges" with the run-as-root hint, any other non-zero value "Item Locked" with the

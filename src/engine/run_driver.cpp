@@ -5,23 +5,23 @@
 #include <chrono>
 #include <cmath>
 
-#include "app/document_model.h"
-#include "engine/session_switches.h"
+#include "model/document_model.h"
+#include "options/session_switches.h"
 #include "engine/task_records.h"
 #include "util/quillon_additions.h"
 
 namespace marigold {
 
 RunDriver::RunDriver(PlistDict& document, const PlistDict& preferences, FileSystem& fs, AppkitProxy& proxy,
-                     RunServices& services)
+                     RunServices& services, const RunSeams& seams)
     : mDocument(document),
       mPreferences(preferences),
       mErrors(mState, proxy, preferences),
-      mContext{mState, fs, proxy, services, mErrors, preferences},
+      mContext{mState, fs, proxy, services, mErrors, preferences, *seams.clock, *seams.systemLog},
       mScanner(mContext),
       mExecutor(mContext),
       mRefresher(proxy, mState.tallies) {
-  services.Bind(mContext);
+  services.BindRoles(mContext);
 }
 
 void RunDriver::SetErrorObserver(std::function<void(const std::string&)> observer) {
@@ -64,7 +64,7 @@ void RunDriver::ExecuteSyncBackup(std::int64_t sessionIndex, int executedBy) {
   if (mDryRun) mScannedTrees = std::move(mState.runTaskTrees);
 
   PurgeAfterWholeSyncBackup();
-  if (!mPreviewCancelled && !mDryRun) mContext.services.MakeLog(mState);
+  if (!mPreviewCancelled && !mDryRun) mContext.services.log->MakeLog(mState);
   ConcludeWholeSyncBackup();
   mAfterRunAction = DecideAfterRunAction();
   mStopRequested = false;
@@ -81,7 +81,7 @@ void RunDriver::PurgeBeforeWholeSyncBackup(std::int64_t sessionIndex, int execut
   s.mEuidIsRoot = ::geteuid() == 0;
   mCurrentSessionIndex = sessionIndex;
 
-  const double now = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+  const double now = mContext.clock.Now();
   s.gStartSyncDateTime = DateFromUnixSeconds(now);
   s.gStartSyncDateTimeUTC = static_cast<std::int64_t>(std::floor(now));
   s.gEndSyncDateTime = s.gStartSyncDateTime;
@@ -149,7 +149,7 @@ bool RunDriver::MainCopy() {
 
 void RunDriver::PurgeAfterWholeSyncBackup() {
   RunState& s = mState;
-  const double now = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+  const double now = mContext.clock.Now();
   s.gEndSyncDateTime = DateFromUnixSeconds(now);
   s.runTaskTrees.clear();
   s.runExactIndexAdditions.clear();
@@ -177,7 +177,7 @@ void RunDriver::PurgeAfterWholeSyncBackup() {
           if (s.session.gIsSyncOn && s.session.gIsExactOn) {
             s.gTotError = 0;
             s.gDetailedLogText.clear();
-            mContext.services.WriteExactSyncIndex(s, *record, 2);
+            mContext.services.index->WriteExactSyncIndex(s, *record, 2);
             record->Set("gTotError", record->GetInt("gTotError") + s.gTotError);
             record->Set("gDetailedLogText", record->GetString("gDetailedLogText") + s.gDetailedLogText);
             s.gDetailedLogText.clear();
@@ -193,7 +193,7 @@ void RunDriver::PurgeAfterWholeSyncBackup() {
         mContext.fs.SetBackupDate(s.gDestFolder, s.gStartSyncDateTimeUTC);
       }
     }
-    if (const PlistDict* session = Session(sessionIndex)) mContext.services.UnmountAllVolumesForSession(s, *session);
+    if (const PlistDict* session = Session(sessionIndex)) mContext.services.hooks->UnmountAllVolumesForSession(s, *session);
     sessionRecord->Set("gTotError", sessionErrors);
   }
 }

@@ -41,7 +41,7 @@ class RunDriver {
   // `document` is the session document; `preferences` the preferences dictionary (a run may use
   // a copy with overrides). Both must outlive the driver.
   RunDriver(PlistDict& document, const PlistDict& preferences, FileSystem& fs, AppkitProxy& proxy,
-            RunServices& services);
+            RunServices& services, const RunSeams& seams = {});
   RunDriver(const RunDriver&) = delete;
   RunDriver& operator=(const RunDriver&) = delete;
 

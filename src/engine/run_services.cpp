@@ -1,35 +1,67 @@
 #include "engine/run_services.h"
 
+#include <algorithm>
+
 #include "engine/run_state.h"
 
 namespace marigold {
 
-void RunServices::Bind(EngineContext&) {}
-void RunServices::SessionStarts(RunState&, const PlistDict&) {}
-bool RunServices::FoldersAreValid(RunState&, const std::string&, const std::string&, int) { return true; }
-void RunServices::MakeItemsToDontCopyList(RunState&) {}
-std::string RunServices::LastPrivilegeProblem() { return {}; }
-int RunServices::CheckPrivilegesOnFiles(RunState&, const std::string&, const std::string&, int) { return 0; }
-bool RunServices::TryResolveSymLinkFile(RunState&, std::string&, ItemAttributes&, bool&) { return true; }
-bool RunServices::UnlockChain(RunState&, const std::string&, const std::string&, int) { return false; }
-bool RunServices::UnlockWholeItem(RunState&, const std::string&) { return true; }
-bool RunServices::RestoreOriginalAttr(RunState&, const std::string&, const std::string&) { return true; }
-void RunServices::RemoveItemOKFromRestore(RunState&, const std::string&) {}
-bool RunServices::IsToBeExcluded(RunState&, const std::string&) { return false; }
-bool RunServices::IsToBeFiltered(RunState&, const std::string&, const ItemAttributes&) { return false; }
-bool RunServices::ExactSyncFileExists(RunState&, int) { return false; }
-bool RunServices::ItWasExixting(RunState&, const std::string&, int) { return false; }
-bool RunServices::WriteExactSyncIndex(RunState&, const PlistDict&, int) { return true; }
-std::optional<std::string> RunServices::GetDestSubFolderName(RunState&, const std::string&) { return std::nullopt; }
-PlistArray RunServices::ExecutiveMultiArray(RunState&, const PlistDict&) { return {}; }
-bool RunServices::MountAllVolumesForSession(RunState&, const PlistDict&) { return true; }
-void RunServices::UnmountAllVolumesForSession(RunState&, const PlistDict&) {}
-void RunServices::ExecuteAppleScript(RunState&, const PlistDict&, int) {}
-void RunServices::MakeLog(RunState&) {}
+bool FolderChecks::FoldersAreValid(RunState&, const std::string&, const std::string&, int) { return true; }
+void FolderChecks::MakeItemsToDontCopyList(RunState&) {}
+int FolderChecks::CheckPrivilegesOnFiles(RunState&, const std::string&, const std::string&, int) { return 0; }
+std::string FolderChecks::LastPrivilegeProblem() { return {}; }
+bool FolderChecks::TryResolveSymLinkFile(RunState&, std::string&, ItemAttributes&, bool&) { return true; }
+bool FolderChecks::UnlockChain(RunState&, const std::string&, const std::string&, int) { return false; }
+bool FolderChecks::UnlockWholeItem(RunState&, const std::string&) { return true; }
+bool FolderChecks::RestoreOriginalAttr(RunState&, const std::string&, const std::string&) { return true; }
+void FolderChecks::RemoveItemOKFromRestore(RunState&, const std::string&) {}
 
-RunServices& DefaultRunServices() {
-  static RunServices services;
-  return services;
+void ItemFilter::SessionStarts(RunState&, const PlistDict&) {}
+bool ItemFilter::IsToBeExcluded(RunState&, const std::string&) { return false; }
+bool ItemFilter::IsToBeFiltered(RunState&, const std::string&, const ItemAttributes&) { return false; }
+
+bool ExactIndexStore::ExactSyncFileExists(RunState&, int) { return false; }
+bool ExactIndexStore::ItWasExixting(RunState&, const std::string&, int) { return false; }
+bool ExactIndexStore::WriteExactSyncIndex(RunState&, const PlistDict&, int) { return true; }
+
+std::optional<std::string> TaskPlanner::GetDestSubFolderName(RunState&, const std::string&) { return std::nullopt; }
+PlistArray TaskPlanner::ExecutiveMultiArray(RunState&, const PlistDict&) { return {}; }
+
+bool SessionHooks::MountAllVolumesForSession(RunState&, const PlistDict&) { return true; }
+void SessionHooks::UnmountAllVolumesForSession(RunState&, const PlistDict&) {}
+void SessionHooks::ExecuteAppleScript(RunState&, const PlistDict&, int) {}
+
+void RunLog::MakeLog(RunState&) {}
+
+namespace {
+
+// The "nothing to do here" of every role, shared by every run: the defaults keep no state.
+class NothingToDo : public FolderChecks,
+                    public ItemFilter,
+                    public ExactIndexStore,
+                    public TaskPlanner,
+                    public SessionHooks,
+                    public RunLog {};
+
+NothingToDo& Defaults() {
+  static NothingToDo defaults;
+  return defaults;
+}
+
+}  // namespace
+
+RunServices::RunServices()
+    : folders(&Defaults()), filter(&Defaults()), index(&Defaults()), tasks(&Defaults()), hooks(&Defaults()),
+      log(&Defaults()) {}
+
+void RunServices::BindRoles(EngineContext& context) {
+  std::vector<RunRole*> bound;
+  for (RunRole* role : std::initializer_list<RunRole*>{folders, filter, index, tasks, hooks, log}) {
+    if (role == &static_cast<RunRole&>(Defaults()) || std::find(bound.begin(), bound.end(), role) != bound.end())
+      continue;
+    role->Bind(context);
+    bound.push_back(role);
+  }
 }
 
 }  // namespace marigold

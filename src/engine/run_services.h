@@ -1,8 +1,10 @@
-// What a run asks of the session options and of the engine parts that build on the scan and the
-// copy: folder validation and privileges, filters and exclusions, the exact-sync index, the dated
-// destination sub-folder, the multiple list, volumes, scripts and the log. Each call has a
-// default that means "nothing to do here", so a run works before every option exists; the real
-// implementations override them.
+// What a run asks of the parts that build on the scan and the copy, split by role: folder checks
+// and privileges, the item filter, the exact-sync index, the task plan (destination sub-folder and
+// multiple list), the session hooks (volumes and scripts) and the run log. Every role has a
+// default that means "nothing to do here", so a run works before a part exists, and a new part
+// brings its own implementation of one role instead of growing a shared class.
+//
+// All calls come from the run's worker thread.
 #pragma once
 
 #include <cstdint>
@@ -19,20 +21,20 @@ namespace marigold {
 struct RunState;
 struct EngineContext;
 
-class RunServices {
+// What every role shares: the run hands over its context once, when it is built.
+class RunRole {
  public:
-  virtual ~RunServices() = default;
+  virtual ~RunRole() = default;
+  // Roles that report errors or talk to the console keep the context (file system, proxy, error
+  // path, preferences, clock, system log).
+  virtual void Bind(EngineContext& context) { (void)context; }
+};
 
-  // The run driver hands over its context (file system, proxy, error path, preferences) once,
-  // when it is built; implementations that report errors or talk to the console keep it.
-  virtual void Bind(EngineContext& context);
-  // A session's scan or copy begins: its executive lists (filters, exclusions) are rebuilt from
-  // `session`. Called with the session's switches already read into state.session.
-  virtual void SessionStarts(RunState& state, const PlistDict& session);
-
-  // --- validation and privileges ----------------------------------------------------------
-  // The task's main folders can be processed together; may rewrite state.gSourceFolder/gDestFolder
-  // with resolved paths. The default accepts any pair.
+// The task's main folders, privileges, links and locked items.
+class FolderChecks : public virtual RunRole {
+ public:
+  // The task's main folders can be processed together; may rewrite state.gSourceFolder and
+  // gDestFolder with resolved paths. Default: any pair.
   virtual bool FoldersAreValid(RunState& state, const std::string& source, const std::string& dest,
                                int forceToCase);
   // Fills the boot lists for the current task. Default: leaves them empty.
@@ -41,8 +43,7 @@ class RunServices {
   // other values: an item is locked. Default 0.
   virtual int CheckPrivilegesOnFiles(RunState& state, const std::string& source, const std::string& dest,
                                      int copyMode);
-  // Why the last CheckPrivilegesOnFiles refused ("Can't write the item ..."), or "" when it
-  // cannot tell.
+  // Why the last CheckPrivilegesOnFiles refused ("Can't write the item ..."), or "".
   virtual std::string LastPrivilegeProblem();
   // Resolves a link found inside a tree in place; false skips the item. Default: true, leaving
   // the link a link.
@@ -50,43 +51,72 @@ class RunServices {
                                      bool& isSymLink);
   // Unlocks the item or its folders up to the main folder so that `check` passes (1 writable,
   // 2 deletable, 3 creatable). Default: false (nothing unlocked).
-  virtual bool UnlockChain(RunState& state, const std::string& item, const std::string& mainFolder,
-                           int check);
-  // Opens an item and everything inside it (immutable flag cleared, owner rights added) before it
-  // is deleted whole. Default: true (nothing to open).
+  virtual bool UnlockChain(RunState& state, const std::string& item, const std::string& mainFolder, int check);
+  // Opens an item and everything inside it before it is deleted whole. Default: true.
   virtual bool UnlockWholeItem(RunState& state, const std::string& path);
-  // Puts back locks and permissions that the walk of `node` opened. Default: true.
+  // Puts back locks and permissions that the walk opened. Default: true.
   virtual bool RestoreOriginalAttr(RunState& state, const std::string& pathA, const std::string& pathB);
   virtual void RemoveItemOKFromRestore(RunState& state, const std::string& path);
+};
 
-  // --- filters and exclusions ------------------------------------------------------------
+// Filters and exclusions.
+class ItemFilter : public virtual RunRole {
+ public:
+  // A session's scan or copy begins: its executive lists are rebuilt from `session`. Called with
+  // the session's switches already read into state.session.
+  virtual void SessionStarts(RunState& state, const PlistDict& session);
   virtual bool IsToBeExcluded(RunState& state, const std::string& path);
   virtual bool IsToBeFiltered(RunState& state, const std::string& path, const ItemAttributes& attributes);
+};
 
-  // --- exact-sync index ------------------------------------------------------------------
-  // An index of the last exact run exists for the current task (with `which` as the caller's code).
+// The exact-sync index of the last run.
+class ExactIndexStore : public virtual RunRole {
+ public:
+  // An index of the last exact run exists for the current task (`which` is the caller's code).
   virtual bool ExactSyncFileExists(RunState& state, int which);
   // The item was in the index of the last run; `where` 0 = side B, 1 = side A.
   virtual bool ItWasExixting(RunState& state, const std::string& path, int where);
   // Writes the index for a task after its copy. Default: nothing.
   virtual bool WriteExactSyncIndex(RunState& state, const PlistDict& taskRecord, int which);
+};
 
-  // --- destination sub-folder and multiple list -------------------------------------------
+// Which tasks a session has: the dated destination sub-folder and the multiple list.
+class TaskPlanner : public virtual RunRole {
+ public:
   // The dated sub-folder name for the task, or nothing. Default: nothing.
   virtual std::optional<std::string> GetDestSubFolderName(RunState& state, const std::string& source);
   // The session's valid multiple-list rows ("source", "destination"). Default: none.
   virtual PlistArray ExecutiveMultiArray(RunState& state, const PlistDict& session);
+};
 
-  // --- volumes, scripts, log --------------------------------------------------------------
+// What runs around a session: volumes mounted before it and unmounted after it, and its scripts.
+class SessionHooks : public virtual RunRole {
+ public:
   virtual bool MountAllVolumesForSession(RunState& state, const PlistDict& session);
   virtual void UnmountAllVolumesForSession(RunState& state, const PlistDict& session);
   // `which` 1 = before the session, 2 = after it.
   virtual void ExecuteAppleScript(RunState& state, const PlistDict& session, int which);
-  // Composes, saves and mails the run log. Default: nothing.
+};
+
+// The run log: composed after the copy, saved, pruned and mailed.
+class RunLog : public virtual RunRole {
+ public:
   virtual void MakeLog(RunState& state);
 };
 
-// The defaults, as one object a run can use when nothing else is given.
-RunServices& DefaultRunServices();
+// The roles one run consults. A role left alone is its default; the objects pointed to must
+// outlive the run.
+struct RunServices {
+  FolderChecks* folders;
+  ItemFilter* filter;
+  ExactIndexStore* index;
+  TaskPlanner* tasks;
+  SessionHooks* hooks;
+  RunLog* log;
+
+  RunServices();
+  // Hands the run's context to every distinct role object once.
+  void BindRoles(EngineContext& context);
+};
 
 }  // namespace marigold

@@ -2,12 +2,12 @@
 // how each recorded task is copied.
 #include <algorithm>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "engine/copy_mode.h"
 #include "engine/empty_root_guard.h"
 #include "engine/privilege_messages.h"
 #include "engine/run_driver.h"
-#include "engine/session_switches.h"
+#include "options/session_switches.h"
 #include "engine/task_records.h"
 #include "util/strings_table.h"
 
@@ -55,7 +55,7 @@ bool RunDriver::ScanOneSession(std::int64_t index) {
 }
 
 bool RunDriver::ScanMultiTask(const PlistDict& session) {
-  mExecutiveMultiArray = mContext.services.ExecutiveMultiArray(mState, session);
+  mExecutiveMultiArray = mContext.services.tasks->ExecutiveMultiArray(mState, session);
   mState.gTotMulti = static_cast<std::int64_t>(mExecutiveMultiArray.size());
   mState.gTotMultiDone = 0;
   bool result = true;
@@ -77,7 +77,7 @@ bool RunDriver::ScanMultiTask(const PlistDict& session) {
 
 bool RunDriver::CheckIfCreateSubDestFolder() {
   if (!mState.session.gCreateDestFolder) return true;
-  std::optional<std::string> name = mContext.services.GetDestSubFolderName(mState, mState.gSourceFolder);
+  std::optional<std::string> name = mContext.services.tasks->GetDestSubFolderName(mState, mState.gSourceFolder);
   if (!name || name->empty()) return false;
   // A "/" in a date format would make two levels of folders; the name keeps it as ":".
   std::replace(name->begin(), name->end(), '/', ':');
@@ -93,7 +93,7 @@ bool RunDriver::ScanOneTask(std::int64_t sessionIndex, std::int64_t taskIndex) {
   RunState& s = mState;
   FileSystem& fs = mContext.fs;
   PurgeBeforeScanOneTask();
-  if (!mContext.services.FoldersAreValid(s, s.gSourceFolder, s.gDestFolder, 0)) return false;
+  if (!mContext.services.folders->FoldersAreValid(s, s.gSourceFolder, s.gDestFolder, 0)) return false;
   mContext.proxy.SetTaskComment(TaskHeading(s.session, s.gSourceFolder, s.gDestFolder));
 
   TaskTree tree;
@@ -115,12 +115,12 @@ bool RunDriver::ScanOneTask(std::int64_t sessionIndex, std::int64_t taskIndex) {
   }
 
   if (!s.session.mSkipCheckPermissions) {
-    const int problem = mContext.services.CheckPrivilegesOnFiles(s, s.gSourceFolder, s.gDestFolder, 1);
+    const int problem = mContext.services.folders->CheckPrivilegesOnFiles(s, s.gSourceFolder, s.gDestFolder, 1);
     if (problem != 0) {
       // Counted, and reported when someone is there to read it; the other tasks still run. Missing
       // rights are usually the destination's (it is written), a lock the source's.
       mErrors.RecordItemError({PrivilegeProblemText(problem, problem == 1 ? s.gDestFolder : s.gSourceFolder,
-                                                   mContext.services.LastPrivilegeProblem())});
+                                                   mContext.services.folders->LastPrivilegeProblem())});
       PurgeAfterScanOneTask(taskIndex);
       mLogTaskArray.back().AsDict()->Set("taskSkipped", 1);
       return true;
@@ -134,8 +134,8 @@ bool RunDriver::ScanOneTask(std::int64_t sessionIndex, std::int64_t taskIndex) {
   tree.root.hasSubItems = true;
   s.mainSourceFolderBackupDate = fs.GetBackupDate(s.gSourceFolder);
   s.mainDestFolderBackupDate = fs.GetBackupDate(s.gDestFolder);
-  s.gCompareExactSyncAtIndex = mContext.services.ExactSyncFileExists(s, 1);
-  mContext.services.MakeItemsToDontCopyList(s);
+  s.gCompareExactSyncAtIndex = mContext.services.index->ExactSyncFileExists(s, 1);
+  mContext.services.folders->MakeItemsToDontCopyList(s);
 
   const bool result = mScanner.ScanSingleFolder(tree.root, s.gSourceFolder, s.gDestFolder, true);
   if (result && !tree.root.subItems.empty() && !EmptyRootAllowsTask(mContext, mErrors, tree)) {
@@ -170,9 +170,9 @@ void RunDriver::PurgeBeforeScanOneSession(std::int64_t index) {
   const PlistDict* session = Session(index);
   if (session == nullptr) return;
   // A dry run only looks: the session's scripts could change what it is looking at.
-  if (!mDryRun) mContext.services.ExecuteAppleScript(s, *session, 1);
+  if (!mDryRun) mContext.services.hooks->ExecuteAppleScript(s, *session, 1);
   ReadSessionSwitches(*session, s.session);
-  if (s.IsRunOn()) mContext.services.MountAllVolumesForSession(s, *session);
+  if (s.IsRunOn()) mContext.services.hooks->MountAllVolumesForSession(s, *session);
   PurgeBeforeScanAndCopyOneSession(index);
 }
 
@@ -183,7 +183,7 @@ void RunDriver::PurgeBeforeScanAndCopyOneSession(std::int64_t index) {
   ReadSessionSwitches(*session, mState.session);
   ReadTaskSettings(*session, mState.session);
   ReadConflictRules(*session, mState.session);
-  mContext.services.SessionStarts(mState, *session);
+  mContext.services.filter->SessionStarts(mState, *session);
 }
 
 void RunDriver::PurgeAfterScanOneSession(std::int64_t index) {
@@ -272,7 +272,7 @@ void RunDriver::PurgeAfterCopyOneTask(PlistDict& record) {
 
 void RunDriver::PurgeAfterCopyOneSession(std::int64_t index) {
   const PlistDict* session = Session(index);
-  if (session != nullptr && mState.IsRunOn() && !mDryRun) mContext.services.ExecuteAppleScript(mState, *session, 2);
+  if (session != nullptr && mState.IsRunOn() && !mDryRun) mContext.services.hooks->ExecuteAppleScript(mState, *session, 2);
 }
 
 }  // namespace marigold

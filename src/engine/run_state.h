@@ -13,41 +13,13 @@
 #include <vector>
 
 #include "engine/scan_node.h"
+#include "options/session_switches.h"
 #include "util/plist_value.h"
 
 namespace marigold {
 
 // Who started a run.
 enum ExecutedBy : int { kExecutedByUser = 1, kExecutedByTimer = 2, kExecutedBySyncAndQuit = 3 };
-
-// The session's settings and conflict rules as the engine reads them at the start of a session.
-struct SessionSwitches {
-  bool gIsTimerOn = false;
-  bool gIsMultiOn = false;
-  bool gIsFilterOn = false;
-  bool gIsExcludeOn = false;
-  bool gIsInvisibleOn = false;
-  bool gIsResolveAliasOn = false;
-  bool gIsResolveSymLinkOn = false;
-  bool gIsSkipEmptyFolders = false;
-  bool gIsTreatPackagesAsFolders = false;
-  bool gIsNewItemsOnly = false;
-  bool gIsSyncOn = false;   // settTask is 1 (synchronise); else backup
-  bool gIsExactOn = false;
-  bool gIsMoveToTrash = false;
-  bool gIsUnlockOn = false;
-  bool mSkipCheckPermissions = false;
-  bool gCheckAttrChanged = false;
-  bool gCreateDestFolder = false;
-  std::int64_t gCreateDestFolderNameKind = 1;
-  std::string gCreateDestFolderCustomNameFormat;
-  bool gIsConflictBackupRadio = false, gIsConflictBackupAsk = false;
-  bool gIsConflictBackupRadio2 = false, gIsConflictBackupAsk2 = false;
-  bool gIsConflictExactBackupRadio = false, gIsConflictExactBackupAsk = false;
-  bool gIsConflictSyncRadio = false, gIsConflictSyncAsk = false;
-  bool gIsConflictExactSyncRadio = false, gIsConflictExactSyncAsk = false;
-  bool gIsConflictFileFolderRadio = false, gIsConflictFileFolderAsk = false;
-};
 
 // Counters of one task's scan, reset before each task.
 struct ScanCounters {

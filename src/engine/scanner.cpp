@@ -13,6 +13,11 @@ namespace marigold {
 
 namespace {
 
+ReplaceSide ShownSide(bool present, const ItemAttributes& attributes) {
+  if (!present) return {};
+  return {true, attributes.kind, attributes.IsFolder() ? 0 : attributes.size, attributes.modificationTime.seconds};
+}
+
 constexpr std::string_view kDSStore = ".DS_Store";
 
 bool IsDeleteMode(int mode) { return mode == kCopyModeDeleteInA || mode == kCopyModeDeleteInB; }
@@ -106,7 +111,7 @@ bool Scanner::PrepareSide(std::string& path, ItemAttributes& attributes, bool ot
   // Links are resolved only when the session asks; otherwise a link is carried as a link.
   if (s.gIsResolveSymLinkOn && attributes.kind == ItemKind::kSymlink) {
     bool isSymLink = true;
-    if (!mContext.services.TryResolveSymLinkFile(state, path, attributes, isSymLink)) return false;
+    if (!mContext.services.folders->TryResolveSymLinkFile(state, path, attributes, isSymLink)) return false;
   }
   // Devices, pipes and sockets are not the user's documents: they are left where they are.
   if (attributes.kind != ItemKind::kFile && attributes.kind != ItemKind::kFolder &&
@@ -115,8 +120,8 @@ bool Scanner::PrepareSide(std::string& path, ItemAttributes& attributes, bool ot
   std::string_view name = LastPathComponent(path);
   isFolder = WalksAsFolder(attributes.kind == ItemKind::kFolder, attributes.isPackage, name, otherSidePresent,
                            s.gIsTreatPackagesAsFolders);
-  if (s.gIsExcludeOn && mContext.services.IsToBeExcluded(state, path)) return false;
-  if (s.gIsFilterOn && mContext.services.IsToBeFiltered(state, path, attributes)) return false;
+  if (s.gIsExcludeOn && mContext.services.filter->IsToBeExcluded(state, path)) return false;
+  if (s.gIsFilterOn && mContext.services.filter->IsToBeFiltered(state, path, attributes)) return false;
   if (!s.gIsInvisibleOn && IsInvisibleName(name)) return false;
   return true;
 }
@@ -127,7 +132,8 @@ void Scanner::LoadBackupDate(ItemSide& side, const std::string& path) {
   side.backupDateRead = true;
 }
 
-int Scanner::Settle(const Decision& decision, const std::string& a, const std::string& b) {
+int Scanner::Settle(const Decision& decision, const std::string& a, const std::string& b, const ReplaceSide& shownA,
+                    const ReplaceSide& shownB) {
   RunState& state = mContext.state;
   if (decision.keepBackupDates) {
     state.restoreBackupDateArray.push_back(a);
@@ -135,7 +141,9 @@ int Scanner::Settle(const Decision& decision, const std::string& a, const std::s
   }
   if (decision.ask) {
     bool changeDirection = false;
-    if (AskReplace(a, b, decision.shownDate, decision.mode, decision.conflict, &changeDirection)) {
+    ReplaceRequest request{a, b, decision.shownDate, decision.mode, decision.conflict, mContext.state.session.gIsSyncOn,
+                           shownA, shownB};
+    if (AskReplace(request, &changeDirection)) {
       // Only two files that both changed in a synchronisation may trade places; anywhere else a
       // reversed answer would write where the task must not (the source of a backup, or a
       // folder over a newer file).
@@ -149,13 +157,11 @@ int Scanner::Settle(const Decision& decision, const std::string& a, const std::s
   return decision.mode;
 }
 
-bool Scanner::AskReplace(const std::string& source, const std::string& dest, std::optional<std::int64_t> date,
-                         int copyMode, int conflict, bool* changeDirection) {
+bool Scanner::AskReplace(const ReplaceRequest& request, bool* changeDirection) {
   if (changeDirection != nullptr) *changeDirection = false;
   RunState& state = mContext.state;
   // Nobody watches a timer's or a launch's run: every question is answered "skip".
   if (state.mExecutedBy != kExecutedByUser) return false;
-  ReplaceRequest request{source, dest, date, copyMode, conflict, state.session.gIsSyncOn};
   const int result = mContext.proxy.AskReplace(request);
   if (changeDirection != nullptr) *changeDirection = result < 0;
   const int pressed = result < 0 ? -result : result;
@@ -257,6 +263,9 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
     const bool isDSStore = name == kDSStore || nameB == kDSStore;
 
     ItemSide sideA = pair.a ? SideOf(attributesA, isFolderA) : ItemSide{};
+    // What a replace prompt shows of each side, so that no front end reads the disk to show it.
+    const ReplaceSide shownA = ShownSide(pair.a != nullptr, attributesA);
+    const ReplaceSide shownB = ShownSide(pair.b != nullptr, attributesB);
     ItemSide sideB = pair.b ? SideOf(attributesB, isFolderB) : ItemSide{};
     auto decide = [&](auto&& rule) {
       Decision decision = rule();
@@ -278,7 +287,7 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
         survivors.itemSkipped = true;
         continue;
       }
-      mode = Settle(decision, a, b);
+      mode = Settle(decision, a, b, shownA, shownB);
       const bool namesDiffer = name != nameB;
       if (isFolderA && isFolderB) {
         if (s.gCheckAttrChanged)
@@ -288,7 +297,7 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
         if (s.gCheckAttrChanged && mode == kCopyModeSkip)
           mode = AttrChangedMode(mode, sideA, sideB, namesDiffer, true, s.gIsSyncOn, mRules.modificationDelta,
                                 state.mEuidIsRoot);
-        mode = Settle(DecideFileAgainstFolder(sideA, sideB, mode, mRules), a, b);
+        mode = Settle(DecideFileAgainstFolder(sideA, sideB, mode, mRules), a, b, shownA, shownB);
       }
     } else {
       const bool onSideA = pair.a != nullptr;
@@ -296,11 +305,11 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
                  : (isFolderB ? state.scan.gBFoldersScanned : state.scan.gBFilesScanned));
       // The index speaks of the other side's path: was it there after the last run?
       const bool wasOnOtherSide =
-          mRules.JudgesByIndex() && (onSideA ? services.ItWasExixting(state, b, 0) : services.ItWasExixting(state, a, 1));
+          mRules.JudgesByIndex() && (onSideA ? services.index->ItWasExixting(state, b, 0) : services.index->ItWasExixting(state, a, 1));
       const ItemSide& item = onSideA ? sideA : sideB;
       Decision decision =
           decide([&] { return DecideOneSide(item, onSideA, isDSStore, wasOnOtherSide, folderMode, mRules); });
-      mode = Settle(decision, a, b);
+      mode = Settle(decision, a, b, shownA, shownB);
       ifSkipAddToExactIndex = decision.ifSkipAddToExactIndex;
     }
 
@@ -315,9 +324,9 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
                              (state.bootFoldersToCopyEmptyArray.contains(a) ||
                               state.bootFoldersToCopyEmptyArray.contains(b));
     if (!s.mSkipCheckPermissions && !(copiedEmpty && state.mEuidIsRoot)) {
-      const int problem = services.CheckPrivilegesOnFiles(state, a, b, mode);
+      const int problem = services.folders->CheckPrivilegesOnFiles(state, a, b, mode);
       if (problem != 0) mContext.errors.RecordItemError(
-          {PrivilegeProblemText(problem, WrittenItem(mode, a, b), services.LastPrivilegeProblem())});
+          {PrivilegeProblemText(problem, WrittenItem(mode, a, b), services.folders->LastPrivilegeProblem())});
     }
 
     ScanNode child;

@@ -35,8 +35,7 @@ class Scanner {
   // The replace prompt for one conflict. True to carry out `copyMode`. `changeDirection` is set
   // when the user reversed the direction. A run the user did not start asks nothing and returns
   // false; Stop clears mIsCopying, sets mUserPressedStop and returns false.
-  bool AskReplace(const std::string& source, const std::string& dest, std::optional<std::int64_t> date,
-                  int copyMode, int conflict, bool* changeDirection);
+  bool AskReplace(const ReplaceRequest& request, bool* changeDirection);
 
  private:
   // What the walk of the parent folder knows about a folder pair before it is listed.
@@ -62,7 +61,8 @@ class Scanner {
   bool PrepareSide(std::string& path, ItemAttributes& attributes, bool otherSidePresent, bool& isFolder);
   void LoadBackupDate(ItemSide& side, const std::string& path);
   // Carries out a decision: asks when it says so, counts a skipped conflict, keeps backup dates.
-  int Settle(const Decision& decision, const std::string& a, const std::string& b);
+  int Settle(const Decision& decision, const std::string& a, const std::string& b, const ReplaceSide& shownA,
+             const ReplaceSide& shownB);
   void CountAdded(const ScanNode& child);
   void Uncount(const ScanNode& node);
 

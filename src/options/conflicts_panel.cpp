@@ -19,29 +19,19 @@ const std::array<ConflictRule, 6>& ConflictRules() {
   // The file-versus-folder rule goes ahead at tag 1, every other rule at tag 2.
   static const std::array<ConflictRule, 6> kRules{{
       {"Backup", " 1: ", "conflictBackupRadio", "conflictBackupAsk", kConflictRadioTag2,
-       "Replace the changed destination file", "Skip the file", kConflictRadioTag2},
+       "Replace the changed destination file", "Skip the file"},
       {"Backup", " 2: ", "conflictBackupRadio2", "conflictBackupAsk2", kConflictRadioTag2,
-       "Replace the newer destination file", "Skip the file", kConflictRadioTag1},
+       "Replace the newer destination file", "Skip the file"},
       {"Exact Backup", ": ", "conflictExactBackupRadio", "conflictExactBackupAsk", kConflictRadioTag2,
-       "Delete the changed or added destination file", "Keep the destination file", kConflictRadioTag2},
+       "Delete the changed or added destination file", "Keep the destination file"},
       {"Sync", ": ", "conflictSyncRadio", "conflictSyncAsk", kConflictRadioTag2, "The newer file wins",
-       "Skip both files", kConflictRadioTag2},
+       "Skip both files"},
       {"Exact Sync", ": ", "conflictExactSyncRadio", "conflictExactSyncAsk", kConflictRadioTag2,
-       "Delete the changed file anyway", "Copy the file back", kConflictRadioTag2},
+       "Delete the changed file anyway", "Copy the file back"},
       {"File Versus Folder", ": ", "conflictFileFolderRadio", "conflictFileFolderAsk", kConflictRadioTag1,
-       "The file replaces the folder", "Skip both items", kConflictRadioTag1},
+       "The file replaces the folder", "Skip both items"},
   }};
   return kRules;
-}
-
-PlistDict DefaultConflictsDict() {
-  // New sessions take file/folder conflicts with rule 1; upgraded documents get 2 on purpose.
-  PlistDict dict;
-  for (const ConflictRule& rule : ConflictRules()) {
-    dict.Set(rule.radioKey, rule.defaultTag);
-    dict.Set(rule.askKey, 0);
-  }
-  return dict;
 }
 
 std::string ConflictRadioTitle(const ConflictRule& rule, std::int64_t tag) {
@@ -49,8 +39,9 @@ std::string ConflictRadioTitle(const ConflictRule& rule, std::int64_t tag) {
 }
 
 bool ConflictsDifferFromDefaults(const PlistDict& conflictsDict) {
+  const PlistDict defaults = DefaultConflictsDict();
   for (const ConflictRule& rule : ConflictRules()) {
-    if (conflictsDict.GetInt(rule.radioKey) != rule.defaultTag || conflictsDict.IsFlagOn(rule.askKey)) return true;
+    if (conflictsDict.GetInt(rule.radioKey) != defaults.GetInt(rule.radioKey) || conflictsDict.IsFlagOn(rule.askKey)) return true;
   }
   return false;
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 
+#include "model/document_model.h"
 #include "util/plist_value.h"
 
 namespace marigold {
@@ -21,7 +22,6 @@ struct ConflictRule {
   std::int64_t goAheadTag;  // the radio tag that carries the action out; any other tag skips
   const char* goAheadTitle;
   const char* skipTitle;
-  std::int64_t defaultTag;
 };
 
 // The six rules: backup (destination changed), backup (destination newer), exact backup,
@@ -33,9 +33,6 @@ inline constexpr std::int64_t kConflictRadioTag1 = 1;
 inline constexpr std::int64_t kConflictRadioTag2 = 2;
 // The title of every rule's "ask" check box.
 inline constexpr const char* kConflictAskTitle = "Ask me";
-
-// The conflict rules of a new session.
-PlistDict DefaultConflictsDict();
 
 // The title of the radio button that `tag` selects in `rule`. A tag that selects no button
 // (a missing key reads as 0) acts as "skip", so it shows the skip title.

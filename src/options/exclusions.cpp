@@ -1,7 +1,7 @@
 #include "options/exclusions.h"
 
-#include "app/document_model.h"
-#include "engine/session_switches.h"
+#include "model/document_model.h"
+#include "options/session_switches.h"
 #include "util/quillon_additions.h"
 
 namespace marigold {

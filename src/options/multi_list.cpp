@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "util/strings_table.h"
 
 namespace marigold {

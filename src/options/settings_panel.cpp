@@ -1,6 +1,6 @@
 #include "options/settings_panel.h"
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "options/settings_titles.h"
 #include "util/strings_table.h"
 
@@ -44,27 +44,6 @@ std::string WithValue(const char* title, const std::string& value) {
 }
 
 }  // namespace
-
-PlistDict DefaultSettingsDict(std::int64_t task) {
-  // settInvisibleItems and settLockedItems are stored inverted: 1 means the box is clear.
-  return PlistDict{
-      {"settTask", task},
-      {"settExact", 0},
-      {"settInvisibleItems", 1},
-      {"settLockedItems", 1},
-      {"settResolveAlias", 0},
-      {"settResolveSymLink", 0},
-      {"settSkipEmptyFolders", 0},
-      {"settNewItemsOnly", 0},
-      {"settPackagesFolders", 0},
-      {"settMoveToTrash", 0},
-      {"settCheckAttrChanged", 0},
-      {"settCreateDestFolder", 0},
-      {"settCreateDestFolderNameKind", 1},
-      {"settCreateDestFolderCustomNameFormat", kDefaultCustomNameFormat},
-      {"settSkipCheckPermissions", 0},
-  };
-}
 
 const std::vector<SettingsBox>& SettingsBoxes() {
   static const std::vector<SettingsBox> kBoxes = {

@@ -11,14 +11,12 @@
 #include <string_view>
 #include <vector>
 
-#include "app/app_prompts.h"
+#include "util/alert_request.h"
 #include "options/sub_folder_name.h"
+#include "model/document_model.h"
 #include "util/plist_value.h"
 
 namespace marigold {
-
-// The task settings of a new session for `task` (1 synchronise, 2 backup).
-PlistDict DefaultSettingsDict(std::int64_t task);
 
 // The check boxes in panel order, each named by the key it stores ("settCreateDestFolderCheck"
 // stores settCreateDestFolder), with its title.

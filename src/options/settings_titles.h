@@ -2,8 +2,6 @@
 // messages quote them, and the desktop program shows the same words (each through GLS).
 #pragma once
 
-#include "engine/privilege_messages.h"
-
 namespace marigold {
 
 // The task radio group: the cell tagged 1 and the cell tagged 2.
@@ -20,7 +18,7 @@ inline constexpr const char* kExactBackupToolTip =
 
 // The check boxes. The invisible-items and locked-items boxes state the opposite of their keys.
 inline constexpr const char* kSkipInvisibleItemsTitle = "Skip invisible items";
-// kSkipLockedItemsTitle ("Skip locked items") comes with the privilege messages that quote it.
+inline constexpr const char* kSkipLockedItemsTitle = "Skip locked items";
 inline constexpr const char* kResolveAliasTitle = "Resolve aliases";
 inline constexpr const char* kResolveSymLinkTitle = "Resolve symbolic links";
 inline constexpr const char* kSkipEmptyFoldersTitle = "Skip empty folders";
@@ -38,5 +36,12 @@ inline constexpr const char* kSubFolderWeekdayTitle = "Day of week (%@)";
 inline constexpr const char* kSubFolderShortWeekdayTitle = "Short day of week (%@)";
 inline constexpr const char* kSubFolderMonthTitle = "Month of year (%@)";
 inline constexpr const char* kSubFolderShortMonthTitle = "Short month of year (%@)";
+
+// The preferences check box that relaunches the program as root: the run's privilege messages
+// quote it, so it is defined below them, here.
+inline constexpr const char* kRunAsRootTitle = "Run as root";
+
+// The page of the maker's site that explains how to back up a system volume.
+inline constexpr const char* kBootBackupHelpAddress = "https://www.quillon.com/marigold/help/backup-boot-disk.html";
 
 }  // namespace marigold

@@ -1,7 +1,7 @@
 #include "options/sub_folder_name.h"
 
-#include "app/document_model.h"
-#include "engine/run_state.h"
+#include "model/document_model.h"
+#include "options/session_switches.h"
 #include "platform/item_attributes.h"
 #include "platform/linux_file_system.h"
 #include "util/quillon_additions.h"
@@ -95,10 +95,9 @@ std::optional<std::string> GetDestSubFolderName(const PlistDict* document, std::
   return std::nullopt;
 }
 
-std::optional<std::string> DestSubFolderNameForTask(const RunState& state, const std::string& source,
-                                                    const SubFolderNaming& naming) {
-  const SessionSwitches& s = state.session;
-  return GetDestSubFolderName(nullptr, state.sessionIndex, s.gCreateDestFolder, source, s.gCreateDestFolderNameKind,
+std::optional<std::string> DestSubFolderNameForTask(const SessionSwitches& s, std::int64_t sessionIndex,
+                                                    const std::string& source, const SubFolderNaming& naming) {
+  return GetDestSubFolderName(nullptr, sessionIndex, s.gCreateDestFolder, source, s.gCreateDestFolderNameKind,
                               s.gCreateDestFolderCustomNameFormat, naming);
 }
 

@@ -14,7 +14,7 @@
 
 namespace marigold {
 
-struct RunState;
+struct SessionSwitches;
 
 // What settCreateDestFolderNameKind selects.
 enum SubFolderNameKind : std::int64_t {
@@ -58,9 +58,9 @@ std::optional<std::string> GetDestSubFolderName(const PlistDict* document, std::
                                                 const std::optional<std::string>& format,
                                                 const SubFolderNaming& naming = {});
 
-// The sub-folder name of the task whose source is `source`, from the session's switches in
-// `state` (the run's side of RunServices::GetDestSubFolderName).
-std::optional<std::string> DestSubFolderNameForTask(const RunState& state, const std::string& source,
-                                                    const SubFolderNaming& naming = {});
+// The sub-folder name of the task whose source is `source`, from the switches of the session at
+// `sessionIndex` (what a run asks before each task).
+std::optional<std::string> DestSubFolderNameForTask(const SessionSwitches& switches, std::int64_t sessionIndex,
+                                                    const std::string& source, const SubFolderNaming& naming = {});
 
 }  // namespace marigold

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 
 namespace marigold {
 namespace {

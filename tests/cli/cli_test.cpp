@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "cli_runner.h"
 #include "util/plist_io.h"
 #include "util/well_scramble.h"

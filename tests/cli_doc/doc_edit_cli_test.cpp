@@ -2,7 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "cli/cli_runner.h"
 #include "util/plist_io.h"
 

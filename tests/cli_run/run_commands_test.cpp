@@ -3,7 +3,7 @@
 // on the terminal.
 #include <gtest/gtest.h>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "platform/linux_file_system.h"
 #include "cli/cli_runner.h"
 #include "support/tree_values.h"

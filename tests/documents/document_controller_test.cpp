@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "documents/fixture_documents.h"
 #include "support/scripted_prompts.h"
 #include "support/temp_folder.h"

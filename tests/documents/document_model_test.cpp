@@ -1,4 +1,4 @@
-#include "app/document_model.h"
+#include "model/document_model.h"
 
 #include <gtest/gtest.h>
 

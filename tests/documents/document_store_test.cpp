@@ -6,7 +6,7 @@
 
 #include <cstdlib>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "documents/fixture_documents.h"
 #include "support/scripted_prompts.h"
 #include "support/temp_folder.h"

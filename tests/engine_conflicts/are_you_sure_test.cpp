@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "platform/linux_file_system.h"
 #include "support/temp_folder.h"
 #include "support/tree_values.h"

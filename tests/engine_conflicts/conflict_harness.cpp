@@ -1,6 +1,6 @@
 #include "conflict_harness.h"
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "app/preferences.h"
 
 namespace marigold::conflicts_test {
@@ -28,7 +28,7 @@ void ConflictRun::SetRule(const std::string& key, std::int64_t value) {
 
 std::int64_t ConflictRun::Run(int executedBy) {
   proxy.asked.clear();
-  mDriver = std::make_unique<RunDriver>(document, preferences, fs, proxy, DefaultRunServices());
+  mDriver = std::make_unique<RunDriver>(document, preferences, fs, proxy, mServices);
   mDriver->ExecuteSyncBackup(0, executedBy);
   return mDriver->state().gStartSyncDateTimeUTC;
 }

@@ -36,6 +36,7 @@ class ConflictRun {
   PlistDict document;
 
  private:
+  RunServices mServices;  // every role at its default
   std::unique_ptr<RunDriver> mDriver;
 };
 

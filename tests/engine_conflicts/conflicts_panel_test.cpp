@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 
 namespace marigold::conflicts_test {
 namespace {

@@ -9,7 +9,7 @@
 #include "support/temp_folder.h"
 #include "support/tree_values.h"
 #include "util/plist_io.h"
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "build_paths.h"
 
 namespace marigold::conflicts_test {

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "copy_harness.h"
+#include "support/fake_services.h"
 
 namespace marigold::test {
 namespace {
@@ -227,7 +228,7 @@ TEST(ExecutorTrash, FolderArrivesInTheTrashWithItsContents) {
 }
 
 // The restore list of locked and opened items hears of each item written and each folder walked.
-class RecordingServices : public RunServices {
+class RecordingServices : public test::FakeServices {
  public:
   bool RestoreOriginalAttr(RunState&, const std::string& a, const std::string& b) override {
     calls.push_back("restore " + a + " " + b);

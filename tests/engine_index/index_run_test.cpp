@@ -11,7 +11,7 @@
 #include <ctime>
 #include <filesystem>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "engine/exact_index_console.h"
 #include "index_test_support.h"
 #include "util/plist_io.h"

@@ -1,6 +1,6 @@
 #include "index_test_support.h"
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "app/preferences.h"
 
 namespace marigold::index_test {

@@ -11,12 +11,13 @@
 #include "engine/error_path.h"
 #include "engine/exact_sync_index.h"
 #include "engine_run/run_harness.h"
+#include "support/fake_services.h"
 
 namespace marigold::index_test {
 
 using run_test::ScriptedProxy;
 
-class IndexServices : public RunServices {
+class IndexServices : public test::FakeServices {
  public:
   explicit IndexServices(std::string indexFolder) : index(std::move(indexFolder)) {}
   void Bind(EngineContext& context) override { index.Bind(context); }

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "platform/fault_file_system.h"
 #include "run_harness.h"
 

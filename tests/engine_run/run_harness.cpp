@@ -1,6 +1,6 @@
 #include "run_harness.h"
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "app/preferences.h"
 
 namespace marigold::run_test {

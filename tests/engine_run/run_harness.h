@@ -18,6 +18,7 @@
 #include "platform/linux_file_system.h"
 #include "support/temp_folder.h"
 #include "support/tree_values.h"
+#include "support/fake_services.h"
 
 namespace marigold::run_test {
 
@@ -83,7 +84,7 @@ class ScriptedProxy : public AppkitProxy {
 };
 
 // Records each call as "<what> s<session>" in `calls`.
-class RecordingServices : public RunServices {
+class RecordingServices : public test::FakeServices {
  public:
   bool FoldersAreValid(RunState& state, const std::string& source, const std::string&, int) override {
     Record("validate", state);

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/progress_interval.h"
-#include "engine/session_switches.h"
+#include "options/session_switches.h"
 #include "engine/sync_and_quit.h"
 #include "run_harness.h"
 

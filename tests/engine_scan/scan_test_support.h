@@ -13,6 +13,7 @@
 #include "engine/error_path.h"
 #include "engine/scanner.h"
 #include "platform/linux_file_system.h"
+#include "support/fake_services.h"
 
 namespace marigold::scantest {
 
@@ -97,7 +98,7 @@ class ScriptedProxy : public AppkitProxy {
 };
 
 // Services whose index, exclusions and privilege answers a test states.
-class TestServices : public RunServices {
+class TestServices : public test::FakeServices {
  public:
   std::set<std::string> indexed;          // paths the last exact run recorded
   std::set<std::string> excluded;

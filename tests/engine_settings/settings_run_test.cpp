@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "engine/scan_decisions.h"
 #include "engine_run/run_harness.h"
 #include "options/sub_folder_name.h"

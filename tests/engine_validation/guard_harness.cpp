@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "app/preferences.h"
 
 namespace marigold::guard_test {

@@ -15,6 +15,7 @@
 #include "engine/folder_guard.h"
 #include "engine_run/run_harness.h"
 #include "support/as_user.h"
+#include "support/fake_services.h"
 
 namespace marigold::guard_test {
 
@@ -32,7 +33,7 @@ class FakeVolumes : public BootVolumes {
 };
 
 // The services of a run whose folder hooks go to `guard`.
-class GuardServices : public RunServices {
+class GuardServices : public test::FakeServices {
  public:
   explicit GuardServices(FolderGuard& guard) : mGuard(guard) {}
   void Bind(EngineContext& context) override { mGuard.Bind(context); }

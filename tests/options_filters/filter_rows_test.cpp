@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "options/filter_rows.h"
 
 namespace marigold {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "../options_multi/option_services.h"
-#include "app/document_model.h"
+#include "model/document_model.h"
 
 namespace marigold::run_test {
 namespace {

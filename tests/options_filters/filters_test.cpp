@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "options/filters.h"
 #include "platform/linux_file_system.h"
 #include "support/temp_folder.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "options/multi_list.h"
 #include "support/temp_folder.h"
 

@@ -2,7 +2,7 @@
 // that are skipped, a row whose two folders are one, and the dated sub-folder of each row.
 #include <gtest/gtest.h>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "option_services.h"
 
 namespace marigold::run_test {

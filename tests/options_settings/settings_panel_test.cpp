@@ -2,7 +2,7 @@
 // sheet and the log block.
 #include <gtest/gtest.h>
 
-#include "app/document_model.h"
+#include "model/document_model.h"
 #include "options/settings_log.h"
 #include "options/settings_panel.h"
 #include "fixed_naming.h"

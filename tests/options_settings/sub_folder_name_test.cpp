@@ -1,8 +1,8 @@
 // Names of the dated destination sub-folder, on a fixed clock, locale and time zone.
 #include <gtest/gtest.h>
 
-#include "app/document_model.h"
-#include "engine/run_state.h"
+#include "model/document_model.h"
+#include "options/session_switches.h"
 #include "options/sub_folder_name.h"
 #include "fixed_naming.h"
 #include "util/quillon_additions.h"
@@ -99,13 +99,13 @@ TEST(SubFolderName, WithoutSourceOrFormatTheCurrentEntryDecides) {
 }
 
 TEST(SubFolderName, ForATaskFromTheSessionSwitches) {
-  RunState state;
-  state.session.gCreateDestFolder = true;
-  state.session.gCreateDestFolderNameKind = 0;
-  state.session.gCreateDestFolderCustomNameFormat = "'Backup of' kSrc dd.MM.yyyy";
-  EXPECT_EQ(DestSubFolderNameForTask(state, "/srv/Photos", Fixed()), "Backup of Photos 05.03.2024");
-  state.session.gCreateDestFolder = false;
-  EXPECT_EQ(DestSubFolderNameForTask(state, "/srv/Photos", Fixed()), "");
+  SessionSwitches switches;
+  switches.gCreateDestFolder = true;
+  switches.gCreateDestFolderNameKind = 0;
+  switches.gCreateDestFolderCustomNameFormat = "'Backup of' kSrc dd.MM.yyyy";
+  EXPECT_EQ(DestSubFolderNameForTask(switches, 0, "/srv/Photos", Fixed()), "Backup of Photos 05.03.2024");
+  switches.gCreateDestFolder = false;
+  EXPECT_EQ(DestSubFolderNameForTask(switches, 0, "/srv/Photos", Fixed()), "");
 }
 
 }  // namespace

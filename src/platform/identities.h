@@ -28,4 +28,16 @@ Identities ReadIdentities();
 // login name, else the decimal user id.
 std::string UserFullName(uid_t uid);
 
+// Who runs the program and what users are called, as a seam: start-up and the run log ask it, and
+// tests answer with fixed ids and names. Any thread.
+class IdentitySource {
+ public:
+  virtual ~IdentitySource() = default;
+  virtual Identities Read() const { return ReadIdentities(); }
+  virtual std::string FullName(uid_t uid) const { return UserFullName(uid); }
+};
+
+// The process's own identities and the system's password database.
+IdentitySource& SystemIdentities();
+
 }  // namespace marigold

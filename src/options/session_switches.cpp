@@ -1,4 +1,4 @@
-#include "engine/session_switches.h"
+#include "options/session_switches.h"
 
 namespace marigold {
 namespace {

@@ -1,11 +1,42 @@
-#include "app/document_model.h"
+#include "model/document_model.h"
 
-#include "options/conflicts_panel.h"
-#include "options/settings_panel.h"
 #include "util/quillon_additions.h"
 #include "util/strings_table.h"
 
 namespace marigold {
+
+PlistDict DefaultConflictsDict() {
+  // New sessions take file/folder conflicts with rule 1, every other rule with 2 (upgraded
+  // documents get 2 for file/folder on purpose); nothing is asked.
+  return PlistDict{
+      {"conflictBackupRadio", 2},      {"conflictBackupAsk", 0},      {"conflictBackupRadio2", 1},
+      {"conflictBackupAsk2", 0},       {"conflictExactBackupRadio", 2}, {"conflictExactBackupAsk", 0},
+      {"conflictSyncRadio", 2},        {"conflictSyncAsk", 0},        {"conflictExactSyncRadio", 2},
+      {"conflictExactSyncAsk", 0},     {"conflictFileFolderRadio", 1}, {"conflictFileFolderAsk", 0},
+  };
+}
+
+PlistDict DefaultSettingsDict(std::int64_t task) {
+  // settInvisibleItems and settLockedItems are stored inverted: 1 means the box is clear.
+  return PlistDict{
+      {"settTask", task},
+      {"settExact", 0},
+      {"settInvisibleItems", 1},
+      {"settLockedItems", 1},
+      {"settResolveAlias", 0},
+      {"settResolveSymLink", 0},
+      {"settSkipEmptyFolders", 0},
+      {"settNewItemsOnly", 0},
+      {"settPackagesFolders", 0},
+      {"settMoveToTrash", 0},
+      {"settCheckAttrChanged", 0},
+      {"settCreateDestFolder", 0},
+      {"settCreateDestFolderNameKind", 1},
+      {"settCreateDestFolderCustomNameFormat", kDefaultCustomNameFormat},
+      {"settSkipCheckPermissions", 0},
+  };
+}
+
 namespace {
 
 PlistArray RowsOf(const PlistDict& row, int count) {

@@ -1,4 +1,4 @@
-#include "app/identities.h"
+#include "platform/identities.h"
 
 #include <pwd.h>
 #include <unistd.h>
@@ -33,6 +33,11 @@ std::string UserFullName(uid_t uid) {
   if (!fullName.empty()) return fullName;
   if (entry->pw_name && *entry->pw_name) return entry->pw_name;
   return std::to_string(uid);
+}
+
+IdentitySource& SystemIdentities() {
+  static IdentitySource source;
+  return source;
 }
 
 }  // namespace marigold

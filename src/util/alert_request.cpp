@@ -1,4 +1,4 @@
-#include "app/app_prompts.h"
+#include "util/alert_request.h"
 
 #include "util/strings_table.h"
 

@@ -30,6 +30,11 @@ std::int64_t SessionCount(const PlistDict& root);
 // True when index is the "All Sessions" entry: sessionsArray count + 1.
 bool IsAllSessions(const PlistDict& root, std::int64_t index);
 
+// The task settings of a new session for `task` (1 synchronise, 2 backup).
+PlistDict DefaultSettingsDict(std::int64_t task);
+// The conflict rules of a new session.
+PlistDict DefaultConflictsDict();
+
 // Default rows of the per-session lists.
 PlistDict DefaultTimerRow(PlistDate startAndEnd);
 PlistDate DefaultTimerStartDate();  // 01 01 2004, 00:00 local time
