@@ -11,7 +11,7 @@
 #include "engine/copy_executor.h"
 #include "engine/copy_mode.h"
 #include "engine/error_path.h"
-#include "platform/fault_file_system.h"
+#include "support/fault_file_system.h"
 #include "platform/linux_file_system.h"
 #include "support/temp_folder.h"
 #include "test_trees.h"

@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "app/document_model.h"
-#include "platform/fault_file_system.h"
+#include "support/fault_file_system.h"
 #include "run_harness.h"
 
 namespace marigold::run_test {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "platform/fault_file_system.h"
+#include "support/fault_file_system.h"
 #include "scan_test_support.h"
 
 namespace marigold::scantest {

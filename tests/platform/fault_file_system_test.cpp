@@ -1,5 +1,5 @@
 // The forwarding file system that tests of the engine use to make single calls fail.
-#include "platform/fault_file_system.h"
+#include "support/fault_file_system.h"
 
 #include <gtest/gtest.h>
 
