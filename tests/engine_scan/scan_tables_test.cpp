@@ -37,7 +37,7 @@ Arrange WasOnA(std::string relative) {
 }
 Arrange Answers(std::vector<int> answers) {
   return [answers](ScanHarness& h, const TempTree&, const TempTree&) {
-    h.proxy.answers.assign(answers.begin(), answers.end());
+    h.proxy.replaceAnswers.assign(answers.begin(), answers.end());
   };
 }
 Arrange DestRootBackedUp(std::int64_t date) {

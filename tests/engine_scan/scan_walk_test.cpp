@@ -5,6 +5,7 @@
 
 #include "support/fault_file_system.h"
 #include "scan_test_support.h"
+#include "support/tree_values.h"
 
 namespace marigold::scantest {
 namespace {
@@ -131,13 +132,16 @@ TEST(Scan, CountsEachSideAndRemembersWhatItSaw) {
 
 TEST(Scan, ChangesNothingOnDisk) {
   TempTree a{{{"d/f", "x", T + 10, T + 1}, {"e/", ""}}}, b{{{"d/f", "y", T + 8, T + 1}, {"z", "z"}}};
-  const auto beforeA = ReadTree(a.Path()), beforeB = ReadTree(b.Path());
+  const auto treeA = trees::Read(a.Path()), treeB = trees::Read(b.Path());
+  const auto datesA = trees::Dates(a.Path()), datesB = trees::Dates(b.Path());
   ScanHarness h{TaskKind::kExactSync};
   h.state.session.gIsConflictSyncAsk = true;
   h.state.session.gCheckAttrChanged = true;
   ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
-  EXPECT_EQ(ReadTree(a.Path()), beforeA);
-  EXPECT_EQ(ReadTree(b.Path()), beforeB);
+  EXPECT_EQ(trees::Read(a.Path()), treeA);
+  EXPECT_EQ(trees::Read(b.Path()), treeB);
+  EXPECT_EQ(trees::Dates(a.Path()), datesA);
+  EXPECT_EQ(trees::Dates(b.Path()), datesB);
 }
 
 TEST(Scan, BothChangedInExactSyncKeepsTheirBackupDates) {
@@ -172,7 +176,7 @@ TEST(Scan, RootLevelItemsThatAreNeverCopied) {
   h.state.bootItemsToDontCopyArray.insert(a / "secret");
   h.state.bootFoldersToCopyEmptyArray.insert(a / "dev");
   h.state.mEuidIsRoot = true;  // root creates those folders without asking about privileges
-  h.services.privileges[a / "dev"] = 1;
+  h.services.privilegeProblems[a / "dev"] = 1;
   ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
   EXPECT_EQ(h.Modes(), (std::map<std::string, int>{{"dev", 2}, {"sub", 2}, {"sub/Icon\r", 2}}));
   EXPECT_FALSE(h.Node("dev")->hasSubItems);

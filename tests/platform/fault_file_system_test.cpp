@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux_file_system.h"
-#include "platform_test_support.h"
+#include "support/platform_test_support.h"
 
 namespace marigold {
 namespace {
