@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "model/document_model.h"
-#include "cli_runner.h"
+#include "support/cli_runner.h"
 #include "util/plist_io.h"
 #include "util/well_scramble.h"
 #include "build_paths.h"

@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include "model/document_model.h"
-#include "cli/cli_runner.h"
+#include "support/cli_runner.h"
 #include "util/plist_io.h"
 
 namespace marigold {

@@ -2,7 +2,7 @@
 // settings and the multiple list all take effect in a real run of the program.
 #include <gtest/gtest.h>
 
-#include "cli/cli_runner.h"
+#include "support/cli_runner.h"
 #include "support/tree_values.h"
 
 namespace marigold {

@@ -5,7 +5,7 @@
 
 #include "model/document_model.h"
 #include "platform/linux_file_system.h"
-#include "cli/cli_runner.h"
+#include "support/cli_runner.h"
 #include "support/tree_values.h"
 #include "util/plist_io.h"
 

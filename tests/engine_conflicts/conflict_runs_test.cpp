@@ -252,7 +252,7 @@ TEST(ConflictRuns, AFirstExactBackupAsksNothingAboutDestinationFiles) {
   ConflictRun h(kBackup, true);
   trees::Build(h.A(), {{"keep.txt", "k"}});
   trees::Build(h.B(), {{"dated.txt", "d"}, {"undated.txt", "u"}});
-  ASSERT_TRUE(h.fs.SetBackupDate(h.B("dated.txt"), kOld));
+  ASSERT_TRUE(h.realFs.SetBackupDate(h.B("dated.txt"), kOld));
   trees::SetModified(h.B("dated.txt"), kNew);
   h.SetRule("conflictExactBackupRadio", 1);
   h.SetRule("conflictExactBackupAsk", 1);

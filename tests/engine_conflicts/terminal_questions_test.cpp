@@ -1,51 +1,22 @@
 // The questions an interactive run asks on the terminal, answered the way a user at a shell
-// would script them: the real program, its answers in a here-document.
+// would script them: the real program, its answers on its standard input.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
-#include <fstream>
-
-#include "support/temp_folder.h"
+#include "support/cli_runner.h"
 #include "support/tree_values.h"
 #include "util/plist_io.h"
 #include "model/document_model.h"
-#include "build_paths.h"
 
 namespace marigold::conflicts_test {
 namespace {
 
+using cli_testing::CliResult;
 using trees::Tree;
 
-struct Shell {
-  int status = -1;
-  std::string out;
-  std::string err;
+// The real program in a home of its own, in a UTF-8 locale whatever the machine's.
+struct Terminal : cli_testing::CliHome {
+  Terminal() { SetEnv("LC_ALL", "C.UTF-8"); }
 };
-
-std::string Quoted(const std::string& text) {
-  std::string quoted = "'";
-  for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
-}
-
-// Runs marigold with `args` in a home of its own under `temp`; `answers` are the here-document.
-Shell Marigold(const TempFolder& temp, const std::vector<std::string>& args, const std::string& answers) {
-  std::string script = "HOME=" + Quoted(temp.Join("home")) + " XDG_CONFIG_HOME=" + Quoted(temp.Join("config")) +
-                       " XDG_DATA_HOME=" + Quoted(temp.Join("data")) + " LC_ALL=C.UTF-8 LANGUAGE= " +
-                       Quoted(MARIGOLD_CLI_PATH);
-  for (const std::string& arg : args) script += " " + Quoted(arg);
-  script += " >" + Quoted(temp.Join(".out")) + " 2>" + Quoted(temp.Join(".err")) + " <<'ANSWERS'\n" + answers +
-            "ANSWERS\n";
-  std::ofstream(temp.Join(".script")) << script;
-  trees::Build(temp.Join("home"), {});
-  Shell shell;
-  const int status = std::system(("sh " + Quoted(temp.Join(".script"))).c_str());
-  shell.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  shell.out = temp.ReadFile(".out");
-  shell.err = temp.ReadFile(".err");
-  return shell;
-}
 
 bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
@@ -61,20 +32,20 @@ class RunConfirmation : public ::testing::TestWithParam<ConfirmCase> {};
 
 TEST_P(RunConfirmation, IsAskedBeforeAnInteractiveRun) {
   const ConfirmCase& c = GetParam();
-  TempFolder temp;
-  trees::Build(temp.Join("Photos"), {{"a.txt", "a"}});
-  trees::Build(temp.Join("Backup"), {});
-  std::vector<std::string> args{"sync", temp.Join("Photos"), temp.Join("Backup")};
+  Terminal temp;
+  trees::Build(temp.Path("Photos"), {{"a.txt", "a"}});
+  trees::Build(temp.Path("Backup"), {});
+  std::vector<std::string> args{"sync", temp.Path("Photos"), temp.Path("Backup")};
   args.insert(args.end(), c.flags.begin(), c.flags.end());
 
-  const Shell shell = Marigold(temp, args, c.answers);
+  const CliResult shell = temp.Run(args, c.answers);
 
   EXPECT_EQ(shell.status, 0) << shell.err;
   EXPECT_EQ(Has(shell.err, "Starting task:\nAre you sure you want to synchronize the folder \"Photos\" with the "
                            "folder \"Backup\"? [y/N]"),
             c.asked)
       << shell.err;
-  EXPECT_EQ(trees::Read(temp.Join("Backup")).size(), c.copied ? 1u : 0u);
+  EXPECT_EQ(trees::Read(temp.Path("Backup")).size(), c.copied ? 1u : 0u);
   EXPECT_EQ(Has(shell.out, "Cancelled: nothing was done."), c.asked && !c.copied) << shell.out;
 }
 
@@ -91,56 +62,55 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(RunConfirmation, NamesTheMultipleListOfADocumentSession) {
-  TempFolder temp;
+  Terminal temp;
   PlistDict document = NewTemplate();
   PlistDict& session = *GetSessionDict(document, 1);
-  session.GetDict("consoleDict")->Set("topFolder", temp.Join("A"));
-  session.GetDict("consoleDict")->Set("bottomFolder", temp.Join("B"));
+  session.GetDict("consoleDict")->Set("topFolder", temp.Path("A"));
+  session.GetDict("consoleDict")->Set("bottomFolder", temp.Path("B"));
   session.GetDict("multiDict")->Set("multiOn", 1);
   document.Set("sessionIndex", 1);
-  ASSERT_TRUE(WriteXmlPlistFile(temp.Join("doc.mgy"), PlistValue(document)));
+  ASSERT_TRUE(WriteXmlPlistFile(temp.Path("doc.mgy"), PlistValue(document)));
 
-  const Shell shell = Marigold(temp, {"run", temp.Join("doc.mgy"), "--interactive"}, "n\n");
+  const CliResult shell = temp.Run({"run", temp.Path("doc.mgy"), "--interactive"}, "n\n");
 
   EXPECT_EQ(shell.status, 0) << shell.err;
   EXPECT_TRUE(Has(shell.err, "Are you sure you want to backup from the multiple list? [y/N]")) << shell.err;
 }
 
 // Brings A and B into step once, then changes `name` on both sides after that run, A last.
-std::int64_t BothChangedAfterARun(const TempFolder& temp, const std::vector<std::string>& flags) {
-  trees::Build(temp.Join("A"), {{"f.txt", "one"}});
-  trees::Build(temp.Join("B"), {});
-  std::vector<std::string> args{"sync", temp.Join("A"), temp.Join("B")};
+std::int64_t BothChangedAfterARun(const Terminal& temp, const std::vector<std::string>& flags) {
+  trees::Build(temp.Path("A"), {{"f.txt", "one"}});
+  trees::Build(temp.Path("B"), {});
+  std::vector<std::string> args{"sync", temp.Path("A"), temp.Path("B")};
   args.insert(args.end(), flags.begin(), flags.end());
-  EXPECT_EQ(Marigold(temp, args, "").status, 0);
-  const std::int64_t last = trees::BackupDate(temp.Join("B")).value_or(0);
+  EXPECT_EQ(temp.Run(args, "").status, 0);
+  const std::int64_t last = trees::BackupDate(temp.Path("B")).value_or(0);
   EXPECT_GT(last, 0);
-  trees::Write(temp.Join("A/f.txt"), "A edit");
-  trees::SetModified(temp.Join("A/f.txt"), last + 200);
-  trees::Write(temp.Join("B/f.txt"), "B edit");
-  trees::SetModified(temp.Join("B/f.txt"), last + 100);
+  trees::Write(temp.Path("A/f.txt"), "A edit");
+  trees::SetModified(temp.Path("A/f.txt"), last + 200);
+  trees::Write(temp.Path("B/f.txt"), "B edit");
+  trees::SetModified(temp.Path("B/f.txt"), last + 100);
   return last;
 }
 
 TEST(ReplacePrompt, TwoChangedFilesCanChangeDirection) {
-  TempFolder temp;
+  Terminal temp;
   BothChangedAfterARun(temp, {});
 
-  const Shell shell = Marigold(temp,
-                               {"sync", temp.Join("A"), temp.Join("B"), "--interactive", "--set", "conflictSyncAsk=1",
+  const CliResult shell = temp.Run({"sync", temp.Path("A"), temp.Path("B"), "--interactive", "--set", "conflictSyncAsk=1",
                                 "--set", "prefAskConfirmation=0"},
                                "d\nr\n");
 
   EXPECT_EQ(shell.status, 0) << shell.err;
-  EXPECT_EQ(trees::Read(temp.Join("A")), (Tree{{"f.txt", "B edit"}}));
-  EXPECT_EQ(trees::Read(temp.Join("B")), (Tree{{"f.txt", "B edit"}}));
+  EXPECT_EQ(trees::Read(temp.Path("A")), (Tree{{"f.txt", "B edit"}}));
+  EXPECT_EQ(trees::Read(temp.Path("B")), (Tree{{"f.txt", "B edit"}}));
   const std::string& err = shell.err;
   EXPECT_TRUE(Has(err, "Replace File\nSince the last Sync/Backup (")) << err;
   EXPECT_TRUE(Has(err, ")\nboth the following source and destination files have been modified.\n"
                        "The source file has the most recent modification date/time.\n"
                        "Are you sure you want the source replaces the destination anyway?\n"))
       << err;
-  EXPECT_TRUE(Has(err, "  A: \"" + temp.Join("A/f.txt") + "\"  Modification Date: ")) << err;
+  EXPECT_TRUE(Has(err, "  A: \"" + temp.Path("A/f.txt") + "\"  Modification Date: ")) << err;
   EXPECT_TRUE(Has(err, "  (The source is going to replace the destination)\n"
                        "  r) Replace: Replace the destination file and continue (default)\n"
                        "  s) Skip: Skip these files and continue\n"
@@ -154,55 +124,53 @@ TEST(ReplacePrompt, TwoChangedFilesCanChangeDirection) {
 }
 
 TEST(ReplacePrompt, AnUnattendedRunSkipsAndCountsWhatItWouldAsk) {
-  TempFolder temp;
+  Terminal temp;
   BothChangedAfterARun(temp, {});
 
-  const Shell shell = Marigold(temp, {"sync", temp.Join("A"), temp.Join("B"), "--set", "conflictSyncAsk=1"}, "");
+  const CliResult shell = temp.Run({"sync", temp.Path("A"), temp.Path("B"), "--set", "conflictSyncAsk=1"}, "");
 
   EXPECT_EQ(shell.status, 0) << shell.err;
   EXPECT_TRUE(Has(shell.out, "Conflicts skipped: 1\n")) << shell.out;
-  EXPECT_EQ(trees::Read(temp.Join("B")), (Tree{{"f.txt", "B edit"}}));
+  EXPECT_EQ(trees::Read(temp.Path("B")), (Tree{{"f.txt", "B edit"}}));
   EXPECT_FALSE(Has(shell.err, "Replace File")) << shell.err;
 }
 
 TEST(ReplacePrompt, StopEndsTheRunWithNothingDone) {
-  TempFolder temp;
+  Terminal temp;
   const std::int64_t last = BothChangedAfterARun(temp, {"--backup"});
 
-  const Shell shell = Marigold(temp,
-                               {"sync", temp.Join("A"), temp.Join("B"), "--backup", "--interactive", "--set",
+  const CliResult shell = temp.Run({"sync", temp.Path("A"), temp.Path("B"), "--backup", "--interactive", "--set",
                                 "conflictBackupAsk=1", "--set", "prefAskConfirmation=0"},
                                "t\n");
 
   EXPECT_EQ(shell.status, 1) << shell.err;
   EXPECT_TRUE(Has(shell.out, "Stopped.")) << shell.out;
-  EXPECT_EQ(trees::Read(temp.Join("B")), (Tree{{"f.txt", "B edit"}}));
-  EXPECT_EQ(trees::BackupDate(temp.Join("B")), last);
+  EXPECT_EQ(trees::Read(temp.Path("B")), (Tree{{"f.txt", "B edit"}}));
+  EXPECT_EQ(trees::BackupDate(temp.Path("B")), last);
   EXPECT_FALSE(Has(shell.err, "d) Change direction")) << shell.err;
 }
 
 TEST(ReplacePrompt, AnAddedDestinationFileIsShownWithAMissingSource) {
-  TempFolder temp;
-  trees::Build(temp.Join("A"), {{"f.txt", "one"}});
-  trees::Build(temp.Join("B"), {});
-  ASSERT_EQ(Marigold(temp, {"sync", temp.Join("A"), temp.Join("B"), "--backup", "--exact"}, "").status, 0);
-  trees::Write(temp.Join("B/added.txt"), "new on B");
+  Terminal temp;
+  trees::Build(temp.Path("A"), {{"f.txt", "one"}});
+  trees::Build(temp.Path("B"), {});
+  ASSERT_EQ(temp.Run({"sync", temp.Path("A"), temp.Path("B"), "--backup", "--exact"}, "").status, 0);
+  trees::Write(temp.Path("B/added.txt"), "new on B");
 
   // An unknown answer asks again; "d" does nothing where the direction cannot change.
-  const Shell shell = Marigold(temp,
-                               {"sync", temp.Join("A"), temp.Join("B"), "--backup", "--exact", "--interactive", "--set",
+  const CliResult shell = temp.Run({"sync", temp.Path("A"), temp.Path("B"), "--backup", "--exact", "--interactive", "--set",
                                 "conflictExactBackupAsk=1", "--set", "prefAskConfirmation=0"},
                                "x\nd\ns\n");
 
   EXPECT_EQ(shell.status, 0) << shell.err;
-  EXPECT_EQ(trees::Read(temp.Join("B")), (Tree{{"added.txt", "new on B"}, {"f.txt", "one"}}));
+  EXPECT_EQ(trees::Read(temp.Path("B")), (Tree{{"added.txt", "new on B"}, {"f.txt", "one"}}));
   const std::string& err = shell.err;
   EXPECT_TRUE(Has(err, "Delete File\nSince the last Sync/Backup (")) << err;
   EXPECT_TRUE(Has(err, ")\nthe source parent folder has been deleted, and the destination file has been added.\n"
                        "MG is going to delete the destination file.\n"
                        "Are you sure you want to delete the destination file anyway?\n"))
       << err;
-  EXPECT_TRUE(Has(err, "  A: \"" + temp.Join("A/added.txt") + "\"  Modification Date: --\n")) << err;
+  EXPECT_TRUE(Has(err, "  A: \"" + temp.Path("A/added.txt") + "\"  Modification Date: --\n")) << err;
   EXPECT_TRUE(Has(err, "  r) Delete: Delete the destination file and continue (default)\n"
                        "  s) Skip: Skip this file and continue\n"
                        "  t) Stop\n> "))

@@ -5,7 +5,6 @@
 #include <optional>
 
 #include "copy_harness.h"
-#include "support/fake_services.h"
 
 namespace marigold::test {
 namespace {
@@ -32,8 +31,8 @@ TEST_P(ExecutorActs, OnDiskCountersAndLog) {
 
   EXPECT_TRUE(h.Run(nodes));
 
-  EXPECT_EQ(ReadTree(h.a), c.wantA.value_or(c.a));
-  EXPECT_EQ(ReadTree(h.b), c.wantB.value_or(c.b));
+  EXPECT_EQ(trees::Read(h.a), c.wantA.value_or(c.a));
+  EXPECT_EQ(trees::Read(h.b), c.wantB.value_or(c.b));
   EXPECT_EQ(Counters(h.state.gA), c.countersA);
   EXPECT_EQ(Counters(h.state.gB), c.countersB);
   EXPECT_EQ(h.Log(), c.log);
@@ -228,29 +227,15 @@ TEST(ExecutorTrash, FolderArrivesInTheTrashWithItsContents) {
 }
 
 // The restore list of locked and opened items hears of each item written and each folder walked.
-class RecordingServices : public test::FakeServices {
- public:
-  bool RestoreOriginalAttr(RunState&, const std::string& a, const std::string& b) override {
-    calls.push_back("restore " + a + " " + b);
-    return true;
-  }
-  void RemoveItemOKFromRestore(RunState&, const std::string& path) override { calls.push_back("release " + path); }
-  std::vector<std::string> calls;
-};
-
 TEST(ExecutorServices, RestoreListFollowsTheWalk) {
   CopyHarness h({{"d/", kDir}, {"d/e/", kDir}, {"d/e/f", "x"}}, {{"d/", kDir}});
   const std::string &a = h.a, &b = h.b;
-  RecordingServices services;
-  EngineContext context{h.state, h.fs, h.proxy, services, h.errors, h.preferences};
-  CopyExecutor executor(context);
   std::vector<ScanNode> nodes = {
       FolderNode("d", kCopyModeNothing, {FolderNode("e", kCopyModeCopyAToB, {FileNode("f", kCopyModeCopyAToB)})})};
-  TakeSnapshots(nodes, a, b);
 
-  ASSERT_TRUE(executor.CopyItems(nodes, a, b, false));
+  ASSERT_TRUE(h.Run(nodes));
 
-  EXPECT_EQ(services.calls, (std::vector<std::string>{"release " + b + "/d/e", "release " + b + "/d/e/f",
+  EXPECT_EQ(h.services.restoreCalls, (std::vector<std::string>{"release " + b + "/d/e", "release " + b + "/d/e/f",
                                                       "restore " + a + "/d/e " + b + "/d/e",
                                                       "restore " + a + "/d " + b + "/d",
                                                       "restore " + a + " " + b}));

@@ -33,7 +33,7 @@ TEST_P(ExecutorFails, ReportsAndKeepsTheDisk) {
   std::vector<ScanNode> nodes = c.nodes;
   TakeSnapshots(nodes, h.a, h.b);
   if (c.afterScan) c.afterScan(h);
-  const Tree foundA = ReadTree(h.a), foundB = ReadTree(h.b);
+  const Tree foundA = trees::Read(h.a), foundB = trees::Read(h.b);
 
   const bool result = h.Run(nodes, false);
 
@@ -43,12 +43,12 @@ TEST_P(ExecutorFails, ReportsAndKeepsTheDisk) {
   std::string wantLog = c.linesBefore;
   for (const std::string& error : c.errors) wantLog += "\xE2\x88\x9A " + error + "\r";
   EXPECT_EQ(h.Log(), wantLog);
-  EXPECT_EQ(ReadTree(h.a), c.wantA.value_or(foundA));
-  EXPECT_EQ(ReadTree(h.b), c.wantB.value_or(foundB));
+  EXPECT_EQ(trees::Read(h.a), c.wantA.value_or(foundA));
+  EXPECT_EQ(trees::Read(h.b), c.wantB.value_or(foundB));
 }
 
 void Write(const CopyHarness& h, const std::string& path, const std::string& content) {
-  WriteFile(h.Path(path), content);
+  trees::Write(h.Path(path), content);
 }
 void Remove(const CopyHarness& h, const std::string& path) { std::filesystem::remove_all(h.Path(path)); }
 
@@ -123,7 +123,7 @@ INSTANTIATE_TEST_SUITE_P(
                   .afterScan =
                       [](const CopyHarness& h) {
                         Remove(h, "{A}/f");
-                        BuildTree(h.Path("{A}"), {{"f/", kDir}, {"f/big", "tree"}});
+                        trees::Build(h.Path("{A}"), {{"f/", kDir}, {"f/big", "tree"}});
                       },
                   .errors = {"The item changed during the run and was skipped: \"{A}/f\""}},
         ErrorCase{.name = "MetadataTargetEditedIsLeftAlone",
@@ -166,7 +166,7 @@ TEST(ExecutorTrash, RefusalNeverDeletes) {
 
   EXPECT_FALSE(h.Run(nodes));
 
-  EXPECT_EQ(ReadTree(h.b), (Tree{{"f", "keep me"}, {"d/", kDir}, {"d/g", "g"}}));
+  EXPECT_EQ(trees::Read(h.b), (Tree{{"f", "keep me"}, {"d/", kDir}, {"d/g", "g"}}));
   ASSERT_EQ(h.Errors().size(), 3u);
   EXPECT_TRUE(h.Errors()[0].starts_with("Can't trash the folder \"{B}/d\"\rError: ")) << h.Errors()[0];
   EXPECT_EQ(h.Errors()[1], "Can't trash the folder (and its content) \"{B}/d\"");
@@ -188,7 +188,7 @@ TEST(ExecutorDelete, OneFailureKeepsOnlyItsFolders) {
 
   EXPECT_FALSE(h.Run(nodes));
 
-  EXPECT_EQ(ReadTree(b), (Tree{{"d/", kDir}, {"d/bad", "1"}}));
+  EXPECT_EQ(trees::Read(b), (Tree{{"d/", kDir}, {"d/bad", "1"}}));
   EXPECT_EQ(h.Errors(), (std::vector<std::string>{"Can't delete the file \"{B}/d/bad\"\rError: Input/output error"}));
   EXPECT_EQ(Counters(h.state.gB), "FilesDeleted=2");
   EXPECT_EQ(h.state.gItemsDeleted, (std::unordered_set<std::string>{b + "/d/good", b + "/other"}));

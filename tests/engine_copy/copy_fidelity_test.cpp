@@ -13,7 +13,6 @@
 
 #include "copy_harness.h"
 #include "support/temp_folder.h"
-#include "test_trees.h"
 
 namespace marigold::test {
 namespace {
@@ -41,7 +40,7 @@ TEST(Fidelity, EveryKindOfItemArrivesAsItWas) {
   TempFolder tmp;
   const std::string a = tmp.Join("A"), b = tmp.Join("B"), top = a + "/top";
   const std::string oddName = "odd \xff\xfe name", lineName = "new\nline\rname";
-  BuildTree(a, {{"top/nested/deeper/deepest/file", "deep"},
+  trees::Build(a, {{"top/nested/deeper/deepest/file", "deep"},
                 {"top/empty/inner-empty/", kDir},
                 {"top/.hidden-file", "h"},
                 {"top/.hidden-folder/x", "x"},
@@ -68,12 +67,12 @@ TEST(Fidelity, EveryKindOfItemArrivesAsItWas) {
   ASSERT_EQ(::chmod((top + "/readonly").c_str(), 0444), 0);
   ASSERT_EQ(::chmod((top + "/private").c_str(), 0700), 0);
   ASSERT_EQ(::chmod((top + "/Tool.app").c_str(), 0750), 0);
-  SetMTime(top + "/old", 489'000'000, 123'456'789);
-  SetMTime(top + "/link-to-file", 500'000'000, 1);
+  trees::SetModified(top + "/old", 489'000'000, 123'456'789);
+  trees::SetModified(top + "/link-to-file", 500'000'000, 1);
   // Folder dates last: filling a folder moves its date.
   for (const char* folder : {"nested/deeper/deepest", "nested/deeper", "nested", "empty/inner-empty", "private", ""})
-    SetMTime(top + (*folder ? std::string("/") + folder : std::string()), 600'000'000, 987);
-  BuildTree(b, {});
+    trees::SetModified(top + (*folder ? std::string("/") + folder : std::string()), 600'000'000, 987);
+  trees::Build(b, {});
 
   CopyHarness h(a, b);
   std::vector<ScanNode> nodes = {FolderNode("top", kCopyModeCopyAToB, CopyEverythingTree(top))};

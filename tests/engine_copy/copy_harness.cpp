@@ -113,8 +113,8 @@ std::string Counters(const SideCopyCounters& c) {
 
 CopyHarness::CopyHarness(const Tree& treeA, const Tree& treeB)
     : a(tmp.emplace().Join("A")), b(tmp->Join("B")) {
-  BuildTree(a, treeA);
-  BuildTree(b, treeB);
+  trees::Build(a, treeA);
+  trees::Build(b, treeB);
   Init();
 }
 

@@ -1,5 +1,5 @@
-// An executor on real temporary trees, with a proxy that records what a person would have seen,
-// scan nodes built by hand, and snapshots taken from the disk as the scan takes them.
+// An executor on real temporary trees, with scan nodes built by hand, and snapshots taken from
+// the disk as the scan takes them.
 #pragma once
 
 #include <cstdint>
@@ -11,32 +11,22 @@
 #include "engine/copy_executor.h"
 #include "engine/copy_mode.h"
 #include "engine/error_path.h"
-#include "platform/fault_file_system.h"
+#include "support/fault_file_system.h"
+#include "support/fake_services.h"
+#include "support/scripted_proxy.h"
 #include "platform/linux_file_system.h"
 #include "support/temp_folder.h"
-#include "test_trees.h"
+#include "support/tree_values.h"
 
 namespace marigold::test {
 
-class RecordingProxy : public AppkitProxy {
- public:
-  int Alert(const AlertRequest& request) override {
-    alerts.push_back(request);
-    return 0;
-  }
-  int AskReplace(const ReplaceRequest&) override { return kReplaceResultSkip; }
-  bool ShowPreview(std::vector<TaskTree>&) override { return true; }
-  void UpdateBytesCopied(std::uint64_t, std::uint64_t total) override {
-    ++bytesUpdates;
-    lastBytesTotal = total;
-    if (onBytes) onBytes();
-  }
-
-  std::vector<AlertRequest> alerts;
-  int bytesUpdates = 0;
-  std::uint64_t lastBytesTotal = 0;
-  std::function<void()> onBytes;  // runs while a file is being copied
-};
+using trees::InodeOf;
+using trees::kDir;
+using trees::LinkTo;
+using trees::ModeOf;
+using trees::MTimeNs;
+using trees::ReadFile;
+using trees::Tree;
 
 // A leaf node (a file, link or package).
 ScanNode FileNode(std::string name, int mode);
@@ -73,11 +63,11 @@ struct CopyHarness {
   std::string a, b;
   LinuxFileSystem real;
   FaultFileSystem fs{real};  // the executor's file system: the real one until a test adds rules
-  RecordingProxy proxy;
+  ScriptedProxy proxy;
   PlistDict preferences;
   RunState state;
   ErrorPath errors{state, proxy, preferences};
-  RunServices services;
+  FakeServices services;
   EngineContext context{state, fs, proxy, services, errors, preferences};
   CopyExecutor executor{context};
   std::vector<std::string> errorMessages;

@@ -14,7 +14,6 @@
 #include "copy_harness.h"
 #include "engine/scanner.h"
 #include "support/temp_folder.h"
-#include "test_trees.h"
 
 namespace marigold::test {
 namespace {
@@ -52,12 +51,12 @@ TEST(KilledRun, LeavesOldOrNewFilesAndOnlyMarkedTemporaries) {
     newTree[Name(i)] = NewContent(i);
     oldTree[Name(i)] = OldContent(i);
   }
-  BuildTree(a, newTree);
+  trees::Build(a, newTree);
   // The old files are older than the new ones, so that a later scan replaces what is left.
   auto resetDestination = [&] {
     std::filesystem::remove_all(b);
-    BuildTree(b, oldTree);
-    for (int i = 0; i < kFiles; ++i) SetMTime(b + "/" + Name(i), 946'684'800);
+    trees::Build(b, oldTree);
+    for (int i = 0; i < kFiles; ++i) trees::SetModified(b + "/" + Name(i), 946'684'800);
   };
 
   resetDestination();
@@ -68,7 +67,7 @@ TEST(KilledRun, LeavesOldOrNewFilesAndOnlyMarkedTemporaries) {
   ::waitpid(child, &status, 0);
   const auto fullRun = std::chrono::steady_clock::now() - started;
   ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-  ASSERT_EQ(ReadTree(b), newTree);
+  ASSERT_EQ(trees::Read(b), newTree);
 
   std::mt19937 random(std::random_device{}());
   std::uniform_int_distribution<std::int64_t> moment(
@@ -83,7 +82,7 @@ TEST(KilledRun, LeavesOldOrNewFilesAndOnlyMarkedTemporaries) {
     ::waitpid(child, &status, 0);
 
     int replaced = 0;
-    for (const auto& [name, content] : ReadTree(b)) {
+    for (const auto& [name, content] : trees::Read(b)) {
       if (IsTemporaryName(name)) continue;
       ASSERT_TRUE(name.starts_with("file-")) << "killed after " << delay.count() << " us: " << name;
       const int i = std::stoi(name.substr(5));
@@ -91,7 +90,7 @@ TEST(KilledRun, LeavesOldOrNewFilesAndOnlyMarkedTemporaries) {
           << "killed after " << delay.count() << " us: " << name << " holds " << content.size() << " bytes";
       replaced += content == NewContent(i);
     }
-    for (int i = 0; i < kFiles; ++i) ASSERT_TRUE(ReadTree(b).count(Name(i))) << Name(i) << " vanished";
+    for (int i = 0; i < kFiles; ++i) ASSERT_TRUE(trees::Read(b).count(Name(i))) << Name(i) << " vanished";
 
     // The next run, scan and copy, passes the left-overs by and finishes the work.
     CopyHarness h(a, b);
@@ -106,7 +105,7 @@ TEST(KilledRun, LeavesOldOrNewFilesAndOnlyMarkedTemporaries) {
     }
     EXPECT_EQ(toReplace, kFiles - replaced);
     EXPECT_TRUE(h.Run(root.subItems, false));
-    Tree after = ReadTree(b);
+    Tree after = trees::Read(b);
     std::erase_if(after, [](const auto& entry) { return IsTemporaryName(entry.first); });
     EXPECT_EQ(after, newTree);
   }

@@ -26,8 +26,8 @@ TEST_P(FolderDates, AgreeAfterTheWalk) {
   const FolderDateCase& c = GetParam();
   CopyHarness h({{"d/", kDir}, {"d/fromA", "1"}}, {{"d/", kDir}, {"d/fromB", "2"}});
   const std::string &a = h.a, &b = h.b;
-  SetMTime(a + "/d", c.dateA, 500);
-  SetMTime(b + "/d", c.dateB, 500);
+  trees::SetModified(a + "/d", c.dateA, 500);
+  trees::SetModified(b + "/d", c.dateB, 500);
   h.state.session.gIsSyncOn = c.sync;
   std::vector<ScanNode> nodes = {FolderNode(
       "d", kCopyModeNothing, {FileNode(c.childMode == kCopyModeCopyAToB ? "fromA" : "fromB", c.childMode)})};
@@ -58,13 +58,13 @@ TEST(FolderDates, NewFolderGetsItsOriginsDateAndModeAfterItsItems) {
   const std::string &a = h.a, &b = h.b;
   ASSERT_EQ(::chmod((b + "/ro/inner").c_str(), 0500), 0);
   ASSERT_EQ(::chmod((b + "/ro").c_str(), 0555), 0);
-  SetMTime(b + "/ro", kOlder, 123);
+  trees::SetModified(b + "/ro", kOlder, 123);
   std::vector<ScanNode> nodes = {FolderNode(
       "ro", kCopyModeCopyBToA, {FolderNode("inner", kCopyModeCopyBToA), FileNode("f", kCopyModeCopyBToA)})};
 
   ASSERT_TRUE(h.Run(nodes));
 
-  EXPECT_EQ(ReadTree(a), ReadTree(b));
+  EXPECT_EQ(trees::Read(a), trees::Read(b));
   EXPECT_EQ(ModeOf(a + "/ro"), 0555u);
   EXPECT_EQ(ModeOf(a + "/ro/inner"), 0500u);
   EXPECT_EQ(MTimeNs(a + "/ro"), kOlder * kSecond + 123);
@@ -75,7 +75,7 @@ TEST(Metadata, TargetTakesModeAndDatesAndTheBackupDate) {
   CopyHarness h({{"f", "same"}}, {{"f", "same"}});
   const std::string &a = h.a, &b = h.b;
   ASSERT_EQ(::chmod((a + "/f").c_str(), 0600), 0);
-  SetMTime(a + "/f", kOlder, 42);
+  trees::SetModified(a + "/f", kOlder, 42);
   std::vector<ScanNode> nodes = {FileNode("f", kCopyModeMetadataAToB)};
 
   ASSERT_TRUE(h.Run(nodes));
@@ -110,8 +110,8 @@ TEST_P(CaseOnlyRename, TargetTakesTheOtherSpelling) {
 
   ASSERT_TRUE(h.Run(nodes));
 
-  EXPECT_EQ(ReadTree(a), c.wantA);
-  EXPECT_EQ(ReadTree(b), c.wantB);
+  EXPECT_EQ(trees::Read(a), c.wantA);
+  EXPECT_EQ(trees::Read(b), c.wantB);
   EXPECT_EQ(Counters(h.state.gA), c.countersA);
   EXPECT_EQ(Counters(h.state.gB), c.countersB);
   EXPECT_TRUE(h.Errors().empty()) << h.Errors().front();
@@ -131,7 +131,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(BackupDate, EveryCopyButALinkCarriesTheRunsStart) {
   CopyHarness h({{"f", "new"}, {"r", "new"}, {"l", LinkTo("f")}, {"p.app/", kDir}, {"p.app/x", "x"}}, {{"r", "old"}});
   const std::string &a = h.a, &b = h.b;
-  SetMTime(a + "/f", kOlder, 7);
+  trees::SetModified(a + "/f", kOlder, 7);
   std::vector<ScanNode> nodes = {FileNode("f", kCopyModeCopyAToB), FileNode("l", kCopyModeCopyAToB),
                                  FileNode("p.app", kCopyModeCopyAToB), FileNode("r", kCopyModeReplaceAToB)};
 
@@ -149,8 +149,8 @@ TEST(BackupDate, EveryCopyButALinkCarriesTheRunsStart) {
 class LockedItems : public ::testing::Test {
  protected:
   void SetUp() override {
-    BuildTree(a, {{"f", "locked"}});
-    BuildTree(b, {{"g", "locked too"}});
+    trees::Build(a, {{"f", "locked"}});
+    trees::Build(b, {{"g", "locked too"}});
     if (!fs.SetLocked(a + "/f", true) || !fs.SetLocked(b + "/g", true)) GTEST_SKIP() << "no immutable flag here";
   }
   void TearDown() override {
@@ -181,17 +181,17 @@ TEST_F(LockedItems, LockedFileIsDeletedOnlyWhenUnlockingIsOn) {
     EXPECT_EQ(h.Run(nodes), unlock);
 
     if (unlock) {
-      EXPECT_EQ(ReadTree(b), Tree{});
+      EXPECT_EQ(trees::Read(b), Tree{});
       EXPECT_EQ(Counters(h.state.gB), "FilesDeleted=1");
     } else {
       EXPECT_EQ(h.Errors(), (std::vector<std::string>{"Can't delete the file \"{B}/g\"\rThe file is locked"}));
-      EXPECT_EQ(ReadTree(b), (Tree{{"g", "locked too"}}));
+      EXPECT_EQ(trees::Read(b), (Tree{{"g", "locked too"}}));
     }
   }
 }
 
 TEST_F(LockedItems, LockedFolderIsNotDeletedWithoutItsChainUnlocked) {
-  BuildTree(b, {{"d/", kDir}});
+  trees::Build(b, {{"d/", kDir}});
   ASSERT_TRUE(fs.SetLocked(b + "/d", true));
   CopyHarness h(a, b);
   std::vector<ScanNode> nodes = {FolderNode("d", kCopyModeDeleteInB)};
@@ -199,7 +199,7 @@ TEST_F(LockedItems, LockedFolderIsNotDeletedWithoutItsChainUnlocked) {
   EXPECT_FALSE(h.Run(nodes));
 
   EXPECT_EQ(h.Errors(), (std::vector<std::string>{"Insufficient Privileges \"{B}/d\""}));
-  EXPECT_EQ(ReadTree(b), (Tree{{"d/", kDir}, {"g", "locked too"}}));
+  EXPECT_EQ(trees::Read(b), (Tree{{"d/", kDir}, {"g", "locked too"}}));
 }
 
 }  // namespace

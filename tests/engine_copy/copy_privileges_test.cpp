@@ -34,7 +34,7 @@ TEST(ReadOnlyFolder, IsNotWrittenAndSaysWhy) {
   EXPECT_EQ(reported,
             "Can't copy the file \"{A}/ro/f\"\rto: \"{B}/ro/f\"\rInsufficient privileges\n"
             "Can't replace the file \"{B}/ro/g\"\rInsufficient privileges\n");
-  EXPECT_EQ(ReadTree(b), (Tree{{"ro/", kDir}, {"ro/g", "old"}}));
+  EXPECT_EQ(trees::Read(b), (Tree{{"ro/", kDir}, {"ro/g", "old"}}));
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ TEST(ExecutorReplace, RenamesACompleteCopyOverTheOldFile) {
   ASSERT_TRUE(h.Run(nodes));
 
   EXPECT_NE(InodeOf(b + "/doc"), before);
-  EXPECT_EQ(ReadTree(b), (Tree{{"doc", content}}));
+  EXPECT_EQ(trees::Read(b), (Tree{{"doc", content}}));
   EXPECT_EQ(MTimeNs(b + "/doc"), MTimeNs(a + "/doc"));
   EXPECT_GT(h.proxy.bytesUpdates, 0);
   EXPECT_EQ(h.proxy.lastBytesTotal, content.size());
@@ -52,7 +52,7 @@ TEST(ExecutorReplace, FullDiskIsRefusedBeforeAnythingIsWritten) {
   const std::string &a = h.a, &b = h.b;
   SmallVolume volume(b, "2m");
   if (!volume.Mounted()) GTEST_SKIP() << "cannot mount a tmpfs here";
-  WriteFile(b + "/doc", "old");
+  trees::Write(b + "/doc", "old");
   LinuxFileSystem& real = h.real;
   const std::uint64_t free = real.GetFreeSpace(b).Value();
   struct stat source {};
@@ -66,7 +66,7 @@ TEST(ExecutorReplace, FullDiskIsRefusedBeforeAnythingIsWritten) {
                             "Can't replace the file \"{B}/doc\"\rError: Not enough space on the destination disk.\r"
                             "Free Memory: " + std::to_string(free) + " bytes\rMemory Required: " +
                             std::to_string(needed) + " bytes"}));
-  EXPECT_EQ(ReadTree(b), (Tree{{"doc", "old"}}));
+  EXPECT_EQ(trees::Read(b), (Tree{{"doc", "old"}}));
   EXPECT_EQ(real.GetFreeSpace(b).Value(), free);
   EXPECT_EQ(h.proxy.bytesUpdates, 0);
 }
@@ -82,7 +82,7 @@ TEST(ExecutorReplace, FailingWriteKeepsTheOldFile) {
 
   EXPECT_EQ(h.Errors(), (std::vector<std::string>{"Can't replace the file \"{B}/doc\"\rwith the most recent file: "
                                                   "\"{A}/doc\"\rError: No space left on device"}));
-  EXPECT_EQ(ReadTree(b), (Tree{{"doc", "old"}, {"next", "n"}}));
+  EXPECT_EQ(trees::Read(b), (Tree{{"doc", "old"}, {"next", "n"}}));
   EXPECT_EQ(Counters(h.state.gB), "FilesCopied=1 ItemVisible=1");
 }
 
@@ -96,14 +96,14 @@ TEST(ExecutorCopy, FailingCopyLeavesNothing) {
 
   EXPECT_EQ(h.Errors(), (std::vector<std::string>{
                             "Can't copy the file \"{A}/doc\"\rto: \"{B}/doc\"\rError: Input/output error"}));
-  EXPECT_EQ(ReadTree(b), Tree{});
+  EXPECT_EQ(trees::Read(b), Tree{});
   EXPECT_EQ(h.state.gAtLeastOneItemDone, false);
 }
 
 TEST(ExecutorCopy, SourceChangingWhileReadIsAnError) {
   CopyHarness h({{"log", std::string(1 << 20, 'l')}}, {{"log", "old"}});
   const std::string &a = h.a, &b = h.b;
-  h.proxy.onBytes = [&] { WriteFile(a + "/log", std::string(1 << 20, 'l') + "one more line"); };
+  h.proxy.onBytes = [&] { trees::Write(a + "/log", std::string(1 << 20, 'l') + "one more line"); };
   std::vector<ScanNode> nodes = {FileNode("log", kCopyModeReplaceAToB)};
 
   EXPECT_FALSE(h.Run(nodes));
@@ -111,7 +111,7 @@ TEST(ExecutorCopy, SourceChangingWhileReadIsAnError) {
   EXPECT_EQ(h.Errors(), (std::vector<std::string>{
                             "Can't replace the file \"{B}/log\"\rwith the most recent file: \"{A}/log\"\r"
                             "Error: The source item changed while it was being copied."}));
-  EXPECT_EQ(ReadTree(b), (Tree{{"log", "old"}}));
+  EXPECT_EQ(trees::Read(b), (Tree{{"log", "old"}}));
 }
 
 TEST(ExecutorStop, StopDuringACopyLeavesNothingAndReportsNothing) {
@@ -122,7 +122,7 @@ TEST(ExecutorStop, StopDuringACopyLeavesNothingAndReportsNothing) {
 
   EXPECT_FALSE(h.Run(nodes));
 
-  EXPECT_EQ(ReadTree(b), Tree{});
+  EXPECT_EQ(trees::Read(b), Tree{});
   EXPECT_TRUE(h.Errors().empty());
   EXPECT_EQ(Counters(h.state.gB), "");
 }
@@ -137,7 +137,7 @@ TEST(ExecutorStop, StoppedRunDoesNotDeleteAFolderItDidNotEmpty) {
 
   h.Run(nodes);
 
-  EXPECT_EQ(ReadTree(b), (Tree{{"d/", kDir}, {"d/y", "y"}}));
+  EXPECT_EQ(trees::Read(b), (Tree{{"d/", kDir}, {"d/y", "y"}}));
   EXPECT_TRUE(h.Errors().empty());
 }
 
@@ -153,7 +153,7 @@ TEST(ExecutorMetadata, FailedRenamePutsTheOldNameBack) {
 
   EXPECT_EQ(h.Errors(), (std::vector<std::string>{
                             "Can't rename the destination item \"{B}/read me\" to the new name \"Read Me\""}));
-  EXPECT_EQ(ReadTree(b), (Tree{{"read me", "same"}}));
+  EXPECT_EQ(trees::Read(b), (Tree{{"read me", "same"}}));
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/backup_date_batch.h"
-#include "platform/fault_file_system.h"
+#include "support/fault_file_system.h"
 #include "platform/linux_file_system.h"
 #include "support/temp_folder.h"
 #include "support/tree_values.h"

@@ -204,7 +204,7 @@ TEST_P(ExactConflicts, DecideByTheRule) {
   h.Run(c.executedBy);
 
   const bool asked = c.ask == 1 && c.executedBy == kExecutedByUser;
-  EXPECT_EQ(h.proxy.conflicts, asked ? std::vector<int>{c.kind} : std::vector<int>{});
+  EXPECT_EQ(h.proxy.Conflicts(), asked ? std::vector<int>{c.kind} : std::vector<int>{});
   EXPECT_EQ(Exists(h.B(file)), !c.deleted);
   EXPECT_EQ(Exists(h.A(file)), !c.deleted) << "a refused deletion copies the file back";
   EXPECT_EQ(h.state().gGlobalConflictsSkipped, c.deleted ? 0 : 1);

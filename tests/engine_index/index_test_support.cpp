@@ -39,8 +39,9 @@ void IndexHarness::SetExactSyncRules(int radio, int ask) {
 
 RunDriver& IndexHarness::Run(int executedBy, FileSystem* fs) {
   mDriver.reset();
-  services = std::make_unique<IndexServices>(IndexFolder());
-  mDriver = std::make_unique<RunDriver>(document, preferences, fs ? *fs : realFs, proxy, *services);
+  index = std::make_unique<ExactSyncIndex>(IndexFolder());
+  services.exactIndex = index.get();
+  mDriver = std::make_unique<RunDriver>(document, preferences, fs ? *fs : realFs, proxy, services);
   mDriver->ExecuteSyncBackup(0, executedBy);
   return *mDriver;
 }

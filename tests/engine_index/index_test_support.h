@@ -1,6 +1,6 @@
-// Whole runs with a real exact-sync index: run services that hand the index hooks to an
-// ExactSyncIndex, a temporary support folder holding the index folder, and one session whose
-// folders, task and conflict rules a test sets.
+// Whole runs with a real exact-sync index, made fresh for each run as a new program would make it:
+// a temporary support folder holding the index folder, and one session whose folders, task and
+// conflict rules a test sets.
 #pragma once
 
 #include <cstdint>
@@ -10,38 +10,9 @@
 
 #include "engine/error_path.h"
 #include "engine/exact_sync_index.h"
-#include "engine_run/run_harness.h"
-#include "support/fake_services.h"
+#include "support/run_harness.h"
 
 namespace marigold::index_test {
-
-using run_test::ScriptedProxy;
-
-class IndexServices : public test::FakeServices {
- public:
-  explicit IndexServices(std::string indexFolder) : index(std::move(indexFolder)) {}
-  void Bind(EngineContext& context) override { index.Bind(context); }
-  bool ExactSyncFileExists(RunState&, int which) override { return index.ExactSyncFileExists(which == 1); }
-  bool ItWasExixting(RunState&, const std::string& path, int where) override { return index.ItWasExixting(path, where); }
-  bool WriteExactSyncIndex(RunState&, const PlistDict& taskRecord, int mode) override {
-    return index.WriteExactSyncIndex(mode, taskRecord);
-  }
-  ExactSyncIndex index;
-};
-
-// A proxy that also keeps the conflict codes it was asked about and the console's comments.
-class RecordingProxy : public ScriptedProxy {
- public:
-  int AskReplace(const ReplaceRequest& request) override {
-    conflicts.push_back(request.conflict);
-    return ScriptedProxy::AskReplace(request);
-  }
-  void SetTaskComment(const std::string& text) override { comments.push_back(text); }
-  void ShowIndeterminateProgress() override { ++indeterminate; }
-  std::vector<int> conflicts;
-  std::vector<std::string> comments;
-  int indeterminate = 0;
-};
 
 enum Task { kExactSync, kSync, kExactBackup, kBackup };
 
@@ -67,8 +38,9 @@ class IndexHarness {
 
   TempFolder temp;
   LinuxFileSystem realFs;
-  RecordingProxy proxy;
-  std::unique_ptr<IndexServices> services;
+  ScriptedProxy proxy;
+  std::unique_ptr<ExactSyncIndex> index;
+  FakeServices services;
   PlistDict preferences;
   PlistDict document;
 
@@ -85,7 +57,7 @@ class IndexHarness {
 struct IndexContext {
   IndexContext(const std::string& indexFolder, const std::string& source, const std::string& dest);
   LinuxFileSystem fs;
-  RecordingProxy proxy;
+  ScriptedProxy proxy;
   RunServices services;
   PlistDict preferences;
   RunState state;

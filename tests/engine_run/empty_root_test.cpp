@@ -4,7 +4,7 @@
 
 #include <sys/stat.h>
 
-#include "run_harness.h"
+#include "support/run_harness.h"
 
 namespace marigold::run_test {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "run_harness.h"
+#include "support/run_harness.h"
 
 namespace marigold::run_test {
 namespace {

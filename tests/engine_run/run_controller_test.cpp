@@ -7,7 +7,7 @@
 
 #include "app/run_controller.h"
 #include "model/document_model.h"
-#include "run_harness.h"
+#include "support/run_harness.h"
 
 namespace marigold::run_test {
 namespace {

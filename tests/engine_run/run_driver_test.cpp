@@ -6,8 +6,8 @@
 #include <algorithm>
 
 #include "model/document_model.h"
-#include "platform/fault_file_system.h"
-#include "run_harness.h"
+#include "support/fault_file_system.h"
+#include "support/run_harness.h"
 
 namespace marigold::run_test {
 namespace {
@@ -80,31 +80,6 @@ TEST(RunDriver, OneTaskRunsThePhasesInOrderAndRecordsTheTask) {
   EXPECT_EQ(trees::BackupDate(h.A()), run.state().gStartSyncDateTimeUTC);
   EXPECT_EQ(trees::BackupDate(h.B()), run.state().gStartSyncDateTimeUTC);
   EXPECT_FALSE(run.state().mIsCopying);
-}
-
-TEST(RunDriver, MultipleListRowsAreTasksAndARowWithoutDestinationIsSkipped) {
-  RunHarness h;
-  trees::Build(h.Path("A1"), {{"one.txt", "1"}});
-  trees::Build(h.Path("A3"), {{"three.txt", "3"}});
-  trees::Build(h.Path("B1"), {});
-  trees::Build(h.Path("B3"), {});
-  h.document = MakeDocument({{"", "", 2, false, /*multi=*/true}});
-  h.services.multiRows[0] = {{h.Path("A1"), h.Path("B1")}, {h.Path("A2"), ""}, {h.Path("A3"), h.Path("B3")}};
-
-  RunDriver& run = h.Run();
-
-  EXPECT_EQ(trees::Read(h.Path("B1")), (trees::Tree{{"one.txt", "1"}}));
-  EXPECT_EQ(trees::Read(h.Path("B3")), (trees::Tree{{"three.txt", "3"}}));
-  const PlistDict& session = *h.Sessions()[0].AsDict();
-  ASSERT_EQ(session.GetArray("logTaskArray")->size(), 2u);
-  EXPECT_EQ(h.Task(0, 0).GetInt("taskIndex"), 0);
-  EXPECT_EQ(h.Task(0, 1).GetInt("taskIndex"), 2);
-  EXPECT_EQ(h.Task(0, 1).GetString("gSourceFolder"), h.Path("A3"));
-  ASSERT_NE(session.GetArray("executiveMultiArray"), nullptr);
-  EXPECT_EQ(session.GetArray("executiveMultiArray")->size(), 3u);
-  EXPECT_FALSE(session.Contains("executiveFilterArray"));
-  EXPECT_EQ(run.state().gTotMulti, 3);
-  EXPECT_EQ(run.copyTotals().FilesCopied, 2);
 }
 
 struct AllSessionsCase {

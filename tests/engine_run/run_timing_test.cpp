@@ -5,7 +5,7 @@
 #include "engine/progress_interval.h"
 #include "options/session_switches.h"
 #include "engine/sync_and_quit.h"
-#include "run_harness.h"
+#include "support/run_harness.h"
 
 namespace marigold::run_test {
 namespace {

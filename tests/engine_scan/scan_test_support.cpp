@@ -8,7 +8,6 @@
 #include <fstream>
 #include <functional>
 
-#include "platform/tree_walk.h"
 
 namespace marigold::scantest {
 
@@ -47,19 +46,6 @@ TempTree::TempTree(const TreeShape& shape) {
 
 TempTree::~TempTree() { LinuxFileSystem().RemoveTree(mPath); }
 
-std::map<std::string, std::string> ReadTree(const std::string& root) {
-  LinuxFileSystem fs;
-  std::map<std::string, std::string> tree;
-  WalkTree(fs, root, {.visit = [&](const WalkItem& item) {
-             const ItemAttributes& at = item.entry.attributes;
-             std::string content = at.IsFolder() ? "/" : "";
-             if (at.kind == ItemKind::kFile) std::getline(std::ifstream(item.path, std::ios::binary), content, '\0');
-             tree[item.relativePath] = content + "@" + std::to_string(at.modificationTime.seconds);
-             return WalkAction::kContinue;
-           }});
-  return tree;
-}
-
 void TweakedFileSystem::Tweak(const std::string& path, ItemAttributes& attributes) const {
   if (auto shift = statusShift.find(path); shift != statusShift.end()) attributes.statusTime.seconds += shift->second;
   if (auto access = accessTime.find(path); access != accessTime.end()) attributes.accessTime = {access->second, 0};
@@ -81,24 +67,6 @@ FsResult<std::vector<FolderEntry>> TweakedFileSystem::ListFolder(const std::stri
 
 FsResult<bool> TweakedFileSystem::IsCaseInsensitive(const std::string& folder) {
   return caseInsensitiveFolders.contains(folder);
-}
-
-int ScriptedProxy::AskReplace(const ReplaceRequest& request) {
-  asked.push_back(request);
-  if (answers.empty()) return kReplaceResultSkip;
-  const int answer = answers.front();
-  answers.pop_front();
-  return answer;
-}
-
-bool TestServices::ItWasExixting(RunState&, const std::string& path, int) {
-  indexQuestions.push_back(path);
-  return indexed.contains(path);
-}
-
-int TestServices::CheckPrivilegesOnFiles(RunState&, const std::string& a, const std::string&, int) {
-  auto found = privileges.find(a);
-  return found == privileges.end() ? 0 : found->second;
 }
 
 ScanHarness::ScanHarness(TaskKind kind, FileSystem* fileSystem)

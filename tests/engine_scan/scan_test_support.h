@@ -1,5 +1,5 @@
-// Real temporary trees stated as values, a scripted proxy, services a test can steer, and a
-// harness that scans two trees the way a run scans a task.
+// Real temporary trees stated as values with their dates, and a harness that scans two trees
+// the way a run scans a task.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,7 @@
 #include "engine/scanner.h"
 #include "platform/linux_file_system.h"
 #include "support/fake_services.h"
+#include "support/scripted_proxy.h"
 
 namespace marigold::scantest {
 
@@ -46,9 +47,6 @@ class TempTree {
 
 // Sets an item's modification time without following a link.
 void SetTime(const std::string& path, std::int64_t seconds, std::uint32_t nanoseconds = 0);
-
-// Every item below `root` as "relative path" -> "content@mtime" ("/" for folders).
-std::map<std::string, std::string> ReadTree(const std::string& root);
 
 // Forwards to the real file system, except that the folders listed say they ignore case and
 // status-change times can be shifted per path.
@@ -87,28 +85,6 @@ class TweakedFileSystem : public FileSystem {
   LinuxFileSystem mReal;
 };
 
-// Answers replace prompts from a queue (Skip when it runs dry) and records every question.
-class ScriptedProxy : public AppkitProxy {
- public:
-  std::deque<int> answers;
-  std::vector<ReplaceRequest> asked;
-  int Alert(const AlertRequest&) override { return 0; }
-  int AskReplace(const ReplaceRequest& request) override;
-  bool ShowPreview(std::vector<TaskTree>&) override { return true; }
-};
-
-// Services whose index, exclusions and privilege answers a test states.
-class TestServices : public test::FakeServices {
- public:
-  std::set<std::string> indexed;          // paths the last exact run recorded
-  std::set<std::string> excluded;
-  std::map<std::string, int> privileges;  // side A path -> CheckPrivilegesOnFiles result
-  std::vector<std::string> indexQuestions;
-  bool ItWasExixting(RunState&, const std::string& path, int) override;
-  bool IsToBeExcluded(RunState&, const std::string& path) override { return excluded.contains(path); }
-  int CheckPrivilegesOnFiles(RunState&, const std::string& a, const std::string&, int) override;
-};
-
 enum class TaskKind { kBackup, kExactBackup, kSync, kExactSync };
 
 // One task scanned as a run scans it, with the rules of a new session.
@@ -125,7 +101,7 @@ struct ScanHarness {
   LinuxFileSystem realFs;
   FileSystem& fs;
   ScriptedProxy proxy;
-  TestServices services;
+  FakeServices services;
   PlistDict preferences;
   ErrorPath errors;
   EngineContext context;

@@ -3,41 +3,21 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "platform/fault_file_system.h"
+#include "support/fault_file_system.h"
 #include "scan_test_support.h"
+#include "support/tree_values.h"
 
 namespace marigold::scantest {
 namespace {
 
-struct DeltaCase {
-  const char* name;
-  std::int64_t delta;
-  std::int64_t secondsA;
-  std::uint32_t nanosA;
-  std::int64_t secondsB;
-  std::uint32_t nanosB;
-  int want;  // mode of "f"; 0 = not listed
-};
-
-class DeltaEdge : public ::testing::TestWithParam<DeltaCase> {};
-
-TEST_P(DeltaEdge, ComparesWholeSecondsWithinTheTolerance) {
-  const DeltaCase& c = GetParam();
-  TempTree a{{{"f", "a", c.secondsA, {}, c.nanosA}}}, b{{{"f", "b", c.secondsB, {}, c.nanosB}}};
+// Dates are compared in whole seconds: the fraction neither makes nor hides a difference.
+TEST(Scan, FractionsOfASecondDoNotCount) {
+  TempTree a{{{"same", "a", T, {}, 999'999'999}, {"later", "a", T + 1}}};
+  TempTree b{{{"same", "b", T}, {"later", "b", T, {}, 999'999'999}}};
   ScanHarness h{TaskKind::kSync};
-  h.state.gModificationDelta = c.delta;
   ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
-  const auto modes = h.Modes();
-  EXPECT_EQ(modes.contains("f") ? modes.at("f") : 0, c.want);
+  EXPECT_EQ(h.Modes(), (std::map<std::string, int>{{"later", 4}}));
 }
-
-INSTANTIATE_TEST_SUITE_P(Scan, DeltaEdge, ::testing::Values(
-    DeltaCase{"ExactlyDeltaIsEqual", 2, T + 2, 0, T, 0, 0},
-    DeltaCase{"DeltaPlusOneDiffers", 2, T + 3, 0, T, 0, 4},
-    DeltaCase{"DeltaPlusOneOtherWay", 2, T, 0, T + 3, 0, 5},
-    DeltaCase{"FractionIsNotADifference", 0, T, 999'999'999, T, 0, 0},
-    DeltaCase{"FractionDoesNotAddUp", 0, T + 1, 0, T, 999'999'999, 4}),
-  [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Scan, NewItemsOnlyLeavesPairsOutButWalksFolders) {
   TempTree a{{{"f", "new", T + 10}, {"d/only", "x"}, {"d/both", "x", T + 10}}}, b{{{"f", "old"}, {"d/both", "x"}}};
@@ -131,13 +111,16 @@ TEST(Scan, CountsEachSideAndRemembersWhatItSaw) {
 
 TEST(Scan, ChangesNothingOnDisk) {
   TempTree a{{{"d/f", "x", T + 10, T + 1}, {"e/", ""}}}, b{{{"d/f", "y", T + 8, T + 1}, {"z", "z"}}};
-  const auto beforeA = ReadTree(a.Path()), beforeB = ReadTree(b.Path());
+  const auto treeA = trees::Read(a.Path()), treeB = trees::Read(b.Path());
+  const auto datesA = trees::Dates(a.Path()), datesB = trees::Dates(b.Path());
   ScanHarness h{TaskKind::kExactSync};
   h.state.session.gIsConflictSyncAsk = true;
   h.state.session.gCheckAttrChanged = true;
   ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
-  EXPECT_EQ(ReadTree(a.Path()), beforeA);
-  EXPECT_EQ(ReadTree(b.Path()), beforeB);
+  EXPECT_EQ(trees::Read(a.Path()), treeA);
+  EXPECT_EQ(trees::Read(b.Path()), treeB);
+  EXPECT_EQ(trees::Dates(a.Path()), datesA);
+  EXPECT_EQ(trees::Dates(b.Path()), datesB);
 }
 
 TEST(Scan, BothChangedInExactSyncKeepsTheirBackupDates) {
@@ -172,7 +155,7 @@ TEST(Scan, RootLevelItemsThatAreNeverCopied) {
   h.state.bootItemsToDontCopyArray.insert(a / "secret");
   h.state.bootFoldersToCopyEmptyArray.insert(a / "dev");
   h.state.mEuidIsRoot = true;  // root creates those folders without asking about privileges
-  h.services.privileges[a / "dev"] = 1;
+  h.services.privilegeProblems[a / "dev"] = 1;
   ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
   EXPECT_EQ(h.Modes(), (std::map<std::string, int>{{"dev", 2}, {"sub", 2}, {"sub/Icon\r", 2}}));
   EXPECT_FALSE(h.Node("dev")->hasSubItems);

@@ -6,9 +6,9 @@
 
 #include "model/document_model.h"
 #include "engine/scan_decisions.h"
-#include "engine_run/run_harness.h"
+#include "support/run_harness.h"
 #include "options/sub_folder_name.h"
-#include "platform/platform_test_support.h"
+#include "support/platform_test_support.h"
 #include "util/quillon_additions.h"
 
 namespace marigold::run_test {
@@ -158,7 +158,7 @@ TEST(SettingMoveToTrash, VolumeWithoutATrashKeepsTheItems) {
 }
 
 // The run asks the settings for the sub-folder's name, on a fixed clock.
-class NamingServices : public RecordingServices {
+class NamingServices : public FakeServices {
  public:
   std::optional<std::string> GetDestSubFolderName(RunState& state, const std::string& source) override {
     SubFolderNaming naming;

@@ -5,7 +5,6 @@
 #include <filesystem>
 
 #include "model/document_model.h"
-#include "app/preferences.h"
 
 namespace marigold::guard_test {
 
@@ -18,36 +17,31 @@ std::optional<std::string> FakeVolumes::MountPointOf(const std::string& path) {
   return best;
 }
 
-GuardRun::GuardRun() : preferences(GetDefaultPreferencesDict("/nonexistent/log folder", false)) {
-  preferences.Set("prefLogKind", 2);
+GuardRun::GuardRun() {
   preferences.Set("prefOnError", 2);
-  preferences.Set("prefPreview", 0);
-  trees::Build(A(), {});
-  trees::Build(B(), {});
   document = run_test::MakeDocument({{A(), B(), 2}});
-  auto fake = std::make_unique<FakeVolumes>(fs);
+  auto fake = std::make_unique<FakeVolumes>(realFs);
   volumes = fake.get();
   guard.UseVolumes(std::move(fake));
+  services.guard = &guard;
 }
 
-GuardRun::~GuardRun() { ClearLocks(temp.Path()); }
+GuardRun::~GuardRun() {
+  mDriver.reset();  // before the guard it was bound to
+  ClearLocks(temp.Path());
+}
 
 void GuardRun::Setting(const std::string& key, std::int64_t value) {
   GetSessionDict(document, 0)->GetDict("settingsDict")->Set(key, value);
 }
 
-RunState& GuardRun::Run(int executedBy) {
-  mErrors.clear();
-  mDriver = std::make_unique<RunDriver>(document, preferences, fs, proxy, mServices);
-  mDriver->SetErrorObserver([this](const std::string& message) { mErrors.push_back(message); });
-  mDriver->ExecuteSyncBackup(0, executedBy);
-  return mDriver->state();
-}
+RunState& GuardRun::Run(int executedBy) { return RunHarness::Run(0, executedBy).state(); }
 
 GuardCall::GuardCall() {
   auto fake = std::make_unique<FakeVolumes>(fs);
   volumes = fake.get();
   guard.UseVolumes(std::move(fake));
+  services.guard = &guard;
   guard.Bind(context);
   state.mExecutedBy = kExecutedByUser;
   state.mIsCopying = true;

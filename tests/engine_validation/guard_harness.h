@@ -1,6 +1,6 @@
-// Runs and single calls through a FolderGuard on real temporary trees: run services that forward
-// the guard's hooks to it, volume answers a test can state (a plain folder standing for a system
-// disk), and a child process that works as a user without privileges.
+// Runs and single calls through a FolderGuard on real temporary trees: volume answers a test can
+// state (a plain folder standing for a system disk), and a child process that works as a user
+// without privileges.
 #pragma once
 
 #include <sys/types.h>
@@ -13,9 +13,8 @@
 
 #include "engine/error_path.h"
 #include "engine/folder_guard.h"
-#include "engine_run/run_harness.h"
+#include "support/run_harness.h"
 #include "support/as_user.h"
-#include "support/fake_services.h"
 
 namespace marigold::guard_test {
 
@@ -32,61 +31,19 @@ class FakeVolumes : public BootVolumes {
   std::set<std::string> ownerless;
 };
 
-// The services of a run whose folder hooks go to `guard`.
-class GuardServices : public test::FakeServices {
- public:
-  explicit GuardServices(FolderGuard& guard) : mGuard(guard) {}
-  void Bind(EngineContext& context) override { mGuard.Bind(context); }
-  bool FoldersAreValid(RunState& s, const std::string& a, const std::string& b, int c) override {
-    return mGuard.FoldersAreValid(s, a, b, c);
-  }
-  void MakeItemsToDontCopyList(RunState& s) override { mGuard.MakeItemsToDontCopyList(s); }
-  int CheckPrivilegesOnFiles(RunState& s, const std::string& a, const std::string& b, int mode) override {
-    return mGuard.CheckPrivilegesOnFiles(s, a, b, mode);
-  }
-  bool TryResolveSymLinkFile(RunState& s, std::string& p, ItemAttributes& at, bool& link) override {
-    return mGuard.TryResolveSymLinkFile(s, p, at, link);
-  }
-  bool UnlockChain(RunState& s, const std::string& item, const std::string& main, int check) override {
-    return mGuard.UnlockChain(s, item, main, check);
-  }
-  bool RestoreOriginalAttr(RunState& s, const std::string& a, const std::string& b) override {
-    return mGuard.RestoreOriginalAttr(s, a, b);
-  }
-  void RemoveItemOKFromRestore(RunState& s, const std::string& path) override {
-    mGuard.RemoveItemOKFromRestore(s, path);
-  }
-
- private:
-  FolderGuard& mGuard;
-};
-
-// One session from side A to side B of a temporary folder, run through a FolderGuard.
-class GuardRun {
+// One session from side A to side B of a temporary folder, run through a FolderGuard; errors
+// are counted and the run goes on.
+class GuardRun : public run_test::RunHarness {
  public:
   GuardRun();
   ~GuardRun();
-  std::string A(const std::string& relative = {}) const { return temp.Join(relative.empty() ? "A" : "A/" + relative); }
-  std::string B(const std::string& relative = {}) const { return temp.Join(relative.empty() ? "B" : "B/" + relative); }
   // Sets a key of the session's settings (settResolveSymLink, settLockedItems, ...).
   void Setting(const std::string& key, std::int64_t value);
   // Runs the session as `executedBy`; returns the driver's state.
   RunState& Run(int executedBy = kExecutedByUser);
-  // The errors the last run recorded, in order.
-  const std::vector<std::string>& Errors() const { return mErrors; }
 
-  TempFolder temp;
-  LinuxFileSystem fs;
-  run_test::ScriptedProxy proxy;
-  PlistDict preferences;
-  PlistDict document;
   FolderGuard guard;
   FakeVolumes* volumes = nullptr;  // owned by `guard`
-
- private:
-  GuardServices mServices{guard};
-  std::unique_ptr<RunDriver> mDriver;
-  std::vector<std::string> mErrors;
 };
 
 // A FolderGuard bound to a hand-made context, for single calls.
@@ -94,12 +51,12 @@ struct GuardCall {
   GuardCall();
   TempFolder temp;
   LinuxFileSystem fs;
-  run_test::ScriptedProxy proxy;
+  ScriptedProxy proxy;
   PlistDict preferences{{"prefOnError", 3}, {"prefLogKind", 2}};
   RunState state;
   ErrorPath errors{state, proxy, preferences};
   FolderGuard guard;
-  GuardServices services{guard};
+  FakeServices services;
   EngineContext context{state, fs, proxy, services, errors, preferences};
   FakeVolumes* volumes = nullptr;  // owned by `guard`
 };

@@ -15,11 +15,6 @@ bool IsLocked(const std::string& path) {
   return attributes && attributes.Value().isLocked;
 }
 
-std::uint32_t ModeOf(const std::string& path) {
-  struct stat info {};
-  return ::lstat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
-}
-
 class LockedItems : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -29,7 +24,7 @@ class LockedItems : public ::testing::Test {
     trees::SetModified(run.A("locked.txt"), 1'700'000'000);
     trees::SetModified(run.B("locked.txt"), 1'600'000'000);
     // Backups never overwrite a newer destination unless told; this one is older.
-    for (const char* path : {"frozen", "locked.txt", ""}) ASSERT_TRUE(run.fs.SetLocked(run.B(path), true));
+    for (const char* path : {"frozen", "locked.txt", ""}) ASSERT_TRUE(run.realFs.SetLocked(run.B(path), true));
   }
   GuardRun run;
 };
@@ -129,8 +124,8 @@ TEST(ReadOnlyFolders, AreOpenedForTheOwnerAndShutAgain) {
   EXPECT_EQ(out, "");
   EXPECT_EQ(trees::Read(run.B()),
             (trees::Tree{{"ro/", ""}, {"ro/deep/", ""}, {"ro/deep/new.txt", "new"}, {"ro/top.txt", "top"}}));
-  EXPECT_EQ(ModeOf(run.B("ro/deep")), 0555u);
-  EXPECT_EQ(ModeOf(run.B("ro")), 0500u);
+  EXPECT_EQ(trees::ModeOf(run.B("ro/deep")), 0555u);
+  EXPECT_EQ(trees::ModeOf(run.B("ro")), 0500u);
 }
 
 }  // namespace

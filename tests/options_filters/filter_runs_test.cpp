@@ -2,7 +2,8 @@
 // destination, and an excluded or filtered folder is not walked.
 #include <gtest/gtest.h>
 
-#include "../options_multi/option_services.h"
+#include "support/run_harness.h"
+#include "options/filters.h"
 #include "model/document_model.h"
 
 namespace marigold::run_test {
@@ -43,11 +44,11 @@ TEST(FilterRuns, LeftOutItemsAndExcludedFoldersStayBehind) {
     trees::Build(h.A(), kSource);
     h.document = MakeDocument({{h.A(), h.B(), 2}});
     UseFilters(h.document, NameContains(".tmp"), c.copySkip, {h.A("PRIVATE")});
-    OptionServices services;
-    std::unique_ptr<RunDriver> driver;
-    RunWith(h, services, driver);
+    SessionFilters filters;
+    h.services.filters = &filters;
+    h.Run();
     EXPECT_EQ(trees::Read(h.B()), c.want) << c.copySkip;
-    const PlistDict& log = *driver->state().logSessionArray.at(0).AsDict();
+    const PlistDict& log = *h.driver().state().logSessionArray.at(0).AsDict();
     EXPECT_TRUE(log.Contains("executiveFilterArray"));
     EXPECT_EQ(*log.GetArray("executiveExcludeArray"), (PlistArray{h.A("PRIVATE")}));
   }

@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "model/document_model.h"
-#include "option_services.h"
+#include "support/run_harness.h"
+#include "options/multi_list.h"
 
 namespace marigold::run_test {
 namespace {
@@ -30,9 +31,8 @@ TEST(MultiRuns, UsableRowsAreTheTasksInTheirOrder) {
   SetRows(h.document, {MultiRow(1, h.Path("A1"), h.Path("B1")), MultiRow(0, h.Path("A2"), h.Path("B2")),
                        MultiRow(1, h.Path("A3"), ""), MultiRow(1, h.Path("Same"), h.Path("Same")),
                        MultiRow(1, h.Path("A4"), h.Path("B4"))});
-  OptionServices services;
-  std::unique_ptr<RunDriver> driver;
-  RunDriver& run = RunWith(h, services, driver);
+  h.services.multiFromSession = true;
+  RunDriver& run = h.Run();
 
   EXPECT_EQ(trees::Read(h.Path("B1")), (trees::Tree{{"one.txt", "1"}}));
   EXPECT_EQ(trees::Read(h.Path("B2")), trees::Tree{});
@@ -43,12 +43,12 @@ TEST(MultiRuns, UsableRowsAreTheTasksInTheirOrder) {
   EXPECT_EQ(run.copyTotals().FilesCopied, 2);
 
   // Task indexes count the usable rows: the folder pair of row 5 is task 2.
-  const PlistArray& tasks = *driver->state().logSessionArray.at(0).AsDict()->GetArray("logTaskArray");
+  const PlistArray& tasks = *h.driver().state().logSessionArray.at(0).AsDict()->GetArray("logTaskArray");
   ASSERT_EQ(tasks.size(), 3u);
   for (std::size_t i = 0; i < tasks.size(); ++i) EXPECT_EQ(tasks[i].AsDict()->GetInt("taskIndex"), std::int64_t(i));
   EXPECT_EQ(tasks[1].AsDict()->GetString("gSourceFolder"), h.Path("Same"));
   EXPECT_EQ(tasks[2].AsDict()->GetString("gDestFolder"), h.Path("B4"));
-  EXPECT_EQ(*driver->state().logSessionArray.at(0).AsDict()->GetArray("executiveMultiArray"),
+  EXPECT_EQ(*h.driver().state().logSessionArray.at(0).AsDict()->GetArray("executiveMultiArray"),
             ExecutiveMultiArray(*GetSessionDict(h.document, 0)));
 }
 
@@ -59,10 +59,9 @@ TEST(MultiRuns, EachRowGetsItsOwnDatedSubFolder) {
   for (const char* dest : {"B1", "B2"}) trees::Build(h.Path(dest), {});
   h.document = MakeDocument({{"", "", 2, false, /*multi=*/true, /*createDestFolder=*/true}});
   SetRows(h.document, {MultiRow(1, h.Path("A1"), h.Path("B1")), MultiRow(1, h.Path("A2"), h.Path("B2"))});
-  OptionServices services;
-  services.subFolderName = "2024/03/05";
-  std::unique_ptr<RunDriver> driver;
-  RunWith(h, services, driver);
+  h.services.multiFromSession = true;
+  h.services.subFolderName = "2024/03/05";
+  h.Run();
 
   EXPECT_EQ(trees::Read(h.Path("B1")), (trees::Tree{{"2024:03:05/", ""}, {"2024:03:05/one.txt", "1"}}));
   EXPECT_EQ(trees::Read(h.Path("B2")), (trees::Tree{{"2024:03:05/", ""}, {"2024:03:05/two.txt", "2"}}));
@@ -72,12 +71,11 @@ TEST(MultiRuns, AListWithoutUsableRowsDoesNothing) {
   RunHarness h;
   trees::Build(h.A(), {{"main.txt", "m"}});
   h.document = MakeDocument({{h.A(), h.B(), 2, false, /*multi=*/true}});
-  OptionServices services;
-  std::unique_ptr<RunDriver> driver;
-  RunDriver& run = RunWith(h, services, driver);
+  h.services.multiFromSession = true;
+  RunDriver& run = h.Run();
   EXPECT_EQ(run.state().gTotMulti, 0);
   EXPECT_EQ(trees::Read(h.B()), trees::Tree{});
-  EXPECT_TRUE(driver->state().logSessionArray.at(0).AsDict()->GetArray("logTaskArray")->empty());
+  EXPECT_TRUE(h.driver().state().logSessionArray.at(0).AsDict()->GetArray("logTaskArray")->empty());
 }
 
 }  // namespace

@@ -61,14 +61,6 @@ TEST(SettingsPanelBoxes, InvertedBoxesShowAndStoreTheOpposite) {
   EXPECT_EQ(stored.size(), settings.size());
 }
 
-TEST(SettingsPanelBoxes, ExactBoxFollowsTheTask) {
-  EXPECT_EQ(ExactBoxTitle(1), "Exact Sync");
-  EXPECT_EQ(ExactBoxTitle(2), "Exact Backup");
-  EXPECT_EQ(ExactBoxTitle(0), "Exact Sync");
-  EXPECT_NE(ExactBoxToolTip(1).find("And viceversa."), std::string::npos);
-  EXPECT_EQ(ExactBoxToolTip(2).find("viceversa"), std::string::npos);
-}
-
 TEST(SettingsSubFolder, PopUpTitlesShowTodaysValues) {
   std::vector<PopUpItem> items = UpdateCreateSubFolderPopuUp(Fixed());
   ASSERT_GE(items.size(), 7u);

@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 
 #include "platform/linux_file_system.h"
-#include "platform_test_support.h"
+#include "support/platform_test_support.h"
 #include "support/as_user.h"
 
 namespace marigold {

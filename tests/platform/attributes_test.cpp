@@ -11,7 +11,7 @@
 
 #include "platform/linux_file_system.h"
 #include "platform/tree_walk.h"
-#include "platform_test_support.h"
+#include "support/platform_test_support.h"
 
 namespace marigold {
 namespace {

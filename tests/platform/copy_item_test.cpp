@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "platform/linux_file_system.h"
-#include "platform_test_support.h"
+#include "support/platform_test_support.h"
 
 namespace marigold {
 namespace {

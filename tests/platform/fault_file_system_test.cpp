@@ -1,10 +1,10 @@
 // The forwarding file system that tests of the engine use to make single calls fail.
-#include "platform/fault_file_system.h"
+#include "support/fault_file_system.h"
 
 #include <gtest/gtest.h>
 
 #include "platform/linux_file_system.h"
-#include "platform_test_support.h"
+#include "support/platform_test_support.h"
 
 namespace marigold {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "platform/linux_file_system.h"
-#include "platform_test_support.h"
+#include "support/platform_test_support.h"
 #include "support/as_user.h"
 
 namespace marigold {

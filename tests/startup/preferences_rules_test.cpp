@@ -6,7 +6,7 @@
 
 #include "app/preferences.h"
 #include "logging/email_account.h"
-#include "plist_print.h"
+#include "support/plist_print.h"
 #include "util/well_scramble.h"
 
 namespace marigold {

@@ -6,7 +6,7 @@
 
 #include "app/app_paths.h"
 #include "logging/email_account.h"
-#include "temp_home.h"
+#include "support/temp_home.h"
 #include "util/plist_io.h"
 #include "util/quillon_additions.h"
 #include "util/well_scramble.h"

@@ -8,7 +8,7 @@
 #include <functional>
 
 #include "app/app_paths.h"
-#include "temp_home.h"
+#include "support/temp_home.h"
 #include "util/strings_table.h"
 #include "build_paths.h"
 

@@ -15,53 +15,58 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kBackupAttribute = "user.marigold.backupdate";
+constexpr std::string_view kLinkMarker = "-> ";
 
 std::string DateText(const fs::path& path) {
-  struct stat st {};
-  if (::lstat(path.c_str(), &st) != 0) return "missing";
-  const std::int64_t ns = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
+  const std::int64_t ns = MTimeNs(path.string());
+  if (ns < 0) return "missing";
   auto backup = BackupDate(path.string());
   return std::to_string(ns) + "/" + (backup ? std::to_string(*backup) : "-");
 }
 
 }  // namespace
 
+std::string LinkTo(const std::string& target) { return std::string(kLinkMarker) + target; }
+
 void Write(const std::string& path, const std::string& content) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << content;
+  out.write(content.data(), static_cast<std::streamsize>(content.size()));
   if (!out) throw std::runtime_error("cannot write " + path);
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return "<missing>";
+  std::ostringstream buffer;
+  buffer << in.rdbuf();
+  return buffer.str();
 }
 
 void Build(const std::string& root, const Tree& tree) {
   fs::create_directories(root);
   for (const auto& [relative, content] : tree) {
     const fs::path full = fs::path(root) / relative;
-    if (!relative.empty() && relative.back() == '/') {
-      fs::create_directories(full);
-      continue;
-    }
-    fs::create_directories(full.parent_path());
-    Write(full.string(), content);
+    fs::create_directories(relative.ends_with("/") ? full : full.parent_path());
+    if (relative.ends_with("/")) continue;
+    if (content.starts_with(kLinkMarker))
+      fs::create_symlink(content.substr(kLinkMarker.size()), full);
+    else
+      Write(full.string(), content);
   }
 }
 
 Tree Read(const std::string& root) {
   Tree tree;
   std::error_code ec;
-  if (!fs::exists(fs::symlink_status(root, ec))) return tree;
   for (auto it = fs::recursive_directory_iterator(root, ec); !ec && it != fs::recursive_directory_iterator();
        it.increment(ec)) {
     const std::string relative = it->path().lexically_relative(root).string();
-    if (it->is_symlink()) {
-      tree[relative] = "-> " + fs::read_symlink(it->path()).string();
-    } else if (it->is_directory()) {
-      tree[relative + "/"] = "";
-    } else {
-      std::ifstream in(it->path(), std::ios::binary);
-      std::ostringstream content;
-      content << in.rdbuf();
-      tree[relative] = content.str();
-    }
+    if (it->is_symlink())
+      tree[relative] = LinkTo(fs::read_symlink(it->path()).string());
+    else if (it->is_directory())
+      tree[relative + "/"] = kDir;
+    else
+      tree[relative] = ReadFile(it->path());
   }
   return tree;
 }
@@ -77,11 +82,28 @@ std::map<std::string, std::string> Dates(const std::string& root) {
   return dates;
 }
 
-void SetModified(const std::string& path, std::int64_t seconds) {
-  const struct timespec times[2] = {{static_cast<time_t>(seconds), 0}, {static_cast<time_t>(seconds), 0}};
+void SetModified(const std::string& path, std::int64_t seconds, long nanoseconds) {
+  const struct timespec times[2] = {{static_cast<time_t>(seconds), nanoseconds},
+                                    {static_cast<time_t>(seconds), nanoseconds}};
   if (::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) != 0) {
     throw std::runtime_error("cannot set the time of " + path);
   }
+}
+
+std::int64_t MTimeNs(const std::string& path) {
+  struct stat info {};
+  if (::lstat(path.c_str(), &info) != 0) return -1;
+  return std::int64_t(info.st_mtim.tv_sec) * 1'000'000'000 + info.st_mtim.tv_nsec;
+}
+
+ino_t InodeOf(const std::string& path) {
+  struct stat info {};
+  return ::lstat(path.c_str(), &info) == 0 ? info.st_ino : 0;
+}
+
+mode_t ModeOf(const std::string& path) {
+  struct stat info {};
+  return ::lstat(path.c_str(), &info) == 0 ? (info.st_mode & 07777) : 0;
 }
 
 std::optional<std::int64_t> BackupDate(const std::string& path) {

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "support/temp_folder.h"
+#include "support/tree_values.h"
 #include "util/plist_io.h"
 
 namespace marigold {
@@ -18,10 +19,7 @@ std::set<std::string> Names(const std::string& folder) {
   return names;
 }
 
-mode_t ModeOf(const std::string& path) {
-  struct stat st {};
-  return ::stat(path.c_str(), &st) == 0 ? st.st_mode & 07777 : 0;
-}
+using trees::ModeOf;
 
 TEST(WriteFileAtomically, ReplacesAndKeepsTheMode) {
   TempFolder folder;

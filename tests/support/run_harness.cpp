@@ -1,17 +1,9 @@
-#include "run_harness.h"
+#include "support/run_harness.h"
 
 #include "model/document_model.h"
 #include "app/preferences.h"
 
 namespace marigold::run_test {
-
-PlistArray RecordingServices::ExecutiveMultiArray(RunState& state, const PlistDict&) {
-  PlistArray rows;
-  for (const auto& [source, destination] : multiRows[state.sessionIndex]) {
-    rows.emplace_back(PlistDict{{"onOff", 1}, {"source", source}, {"destination", destination}});
-  }
-  return rows;
-}
 
 PlistDict MakeDocument(const std::vector<SessionPlan>& sessions) {
   PlistDict root{{"sessionsArray", PlistArray()}, {"fileVersion", kFileVersion}, {"sessionIndex", 0}};
@@ -37,7 +29,9 @@ RunHarness::RunHarness() : preferences(GetDefaultPreferencesDict("/nonexistent/l
 }
 
 RunDriver& RunHarness::Run(std::int64_t sessionIndex, int executedBy, FileSystem* fs) {
+  mErrors.clear();
   mDriver = std::make_unique<RunDriver>(document, preferences, fs ? *fs : realFs, proxy, services);
+  mDriver->SetErrorObserver([this](const std::string& message) { mErrors.push_back(message); });
   mDriver->ExecuteSyncBackup(sessionIndex, executedBy);
   return *mDriver;
 }

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "startup/temp_home.h"
+#include "support/temp_home.h"
 #include "build_paths.h"
 
 namespace marigold::cli_testing {

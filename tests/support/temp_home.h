@@ -11,7 +11,8 @@
 #include <optional>
 #include <string>
 
-#include "plist_print.h"
+#include "support/plist_print.h"
+#include "support/tree_values.h"
 
 namespace marigold::testing {
 
@@ -80,10 +81,6 @@ inline bool Exists(const std::string& path) {
   return ::lstat(path.c_str(), &st) == 0;
 }
 
-inline mode_t ModeOf(const std::string& path) {
-  struct stat st {};
-  ::lstat(path.c_str(), &st);
-  return st.st_mode & 07777;
-}
+using trees::ModeOf;
 
 }  // namespace marigold::testing

@@ -1,4 +1,4 @@
-#include "platform_test_support.h"
+#include "support/platform_test_support.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-// Real trees and real volumes for the platform tests: temporary folders, size-limited tmpfs and
+// Real trees and real volumes for tests that need a disk of their own: temporary folders, tmpfs and
 // loop-mounted images, and commands.
 #pragma once
 

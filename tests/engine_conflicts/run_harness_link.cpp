@@ -1,2 +1,0 @@
-// The whole-run harness of the run tests, whose proxy these tests use too.
-#include "engine_run/run_harness.cpp"

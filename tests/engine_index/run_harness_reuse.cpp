@@ -1,2 +1,0 @@
-// The whole-run tests' documents and proxy, compiled into this program too.
-#include "engine_run/run_harness.cpp"
