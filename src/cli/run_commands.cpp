@@ -195,7 +195,8 @@ int ExecuteRun(PlistDict& document, const PlistDict& preferences, const AppPaths
     std::fprintf(stderr, "marigold: the run could not start: its folders could not be scanned\n");
     return kExitBadInput;
   }
-  return errors > 0 || stopped ? kExitFailed : kExitOk;
+  // Stopping in the preview is a choice, like declining the confirmation, not a failure.
+  return errors > 0 || (stopped && !driver.previewCancelled()) ? kExitFailed : kExitOk;
 }
 
 // The reason a document path cannot be read, or "" when it looks readable.

@@ -25,7 +25,7 @@ class RecordingProxy : public AppkitProxy {
     return 0;
   }
   int AskReplace(const ReplaceRequest&) override { return kReplaceResultSkip; }
-  bool ShowPreview(std::vector<TaskTree>&) override { return true; }
+  bool ShowPreview(PreviewEditor&) override { return true; }
   void UpdateBytesCopied(std::uint64_t, std::uint64_t total) override {
     ++bytesUpdates;
     lastBytesTotal = total;

@@ -33,7 +33,7 @@ class ScriptedProxy : public AppkitProxy {
     asked.push_back(request);
     return Next(replaceAnswers, kReplaceResultSkip);
   }
-  bool ShowPreview(std::vector<TaskTree>&) override {
+  bool ShowPreview(PreviewEditor&) override {
     ++previews;
     return previewAnswer;
   }

@@ -93,7 +93,7 @@ class ScriptedProxy : public AppkitProxy {
   std::vector<ReplaceRequest> asked;
   int Alert(const AlertRequest&) override { return 0; }
   int AskReplace(const ReplaceRequest& request) override;
-  bool ShowPreview(std::vector<TaskTree>&) override { return true; }
+  bool ShowPreview(PreviewEditor&) override { return true; }
 };
 
 // Services whose index, exclusions and privilege answers a test states.
