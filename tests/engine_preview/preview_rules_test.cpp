@@ -45,6 +45,8 @@ struct RulesCase {
   std::string source = "/nowhere/A";
 };
 
+void PrintTo(const RulesCase& c, std::ostream* os) { *os << c.name; }
+
 // The node of folder `path` ("d/e/"; "" is the root), found by name from the root.
 ScanNode& FolderAt(ScanNode& root, const std::string& path) {
   ScanNode* node = &root;
