@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -47,60 +46,62 @@ struct RulesCase {
 
 void PrintTo(const RulesCase& c, std::ostream* os) { *os << c.name; }
 
-// The node of folder `path` ("d/e/"; "" is the root), found by name from the root.
-ScanNode& FolderAt(ScanNode& root, const std::string& path) {
-  ScanNode* node = &root;
+std::vector<std::string> Names(const std::string& path) {
+  std::vector<std::string> names;
   for (std::size_t start = 0, end; start < path.size(); start = end + 1) {
-    end = path.find('/', start);
-    const std::string name = path.substr(start, end - start);
-    node = &*std::find_if(node->subItems.begin(), node->subItems.end(), [&](const ScanNode& n) { return n.name == name; });
+    end = std::min(path.find('/', start), path.size());
+    names.push_back(path.substr(start, end - start));
   }
-  return *node;
+  return names;
 }
 
-// The tree of `specs` (parents listed before their children), counted in `tallies` as a scan
-// counts it; the root is a folder with nothing to do.
-TaskTree MakeTree(const RulesCase& c, RunTallies& tallies) {
-  TaskTree tree;
+// The task tree of `c` (parents before children), counted as a scan counts it; the root is a
+// folder with nothing to do.
+std::vector<TaskTree> MakeTrees(const RulesCase& c, RunTallies& tallies) {
+  std::vector<TaskTree> trees(1);
+  TaskTree& tree = trees[0];
   tree.source = c.source;
   tree.dest = "/nowhere/B";
   tree.gIsSyncOn = c.sync;
   tree.root.hasSubItems = true;
   tallies.Count(kCopyModeNothing, 1);
   for (const NodeSpec& spec : c.tree) {
-    const bool folder = spec.path.back() == '/';
-    const std::string bare = folder ? spec.path.substr(0, spec.path.size() - 1) : spec.path;
-    const std::size_t slash = bare.rfind('/');
-    ScanNode node;
-    node.name = slash == std::string::npos ? bare : bare.substr(slash + 1);
+    const std::vector<std::string> names = Names(spec.path);
+    ScanNode* parent = &tree.root;
+    for (std::size_t i = 0; i + 1 < names.size(); ++i) {
+      parent = &*std::find_if(parent->subItems.begin(), parent->subItems.end(),
+                              [&](const ScanNode& n) { return n.name == names[i]; });
+    }
+    ScanNode& node = parent->subItems.emplace_back();
+    node.name = names.back();
     node.copyMode = spec.mode;
     node.ifSkipAddToExactIndex = spec.skipKey;
-    node.hasSubItems = folder;
+    node.hasSubItems = spec.path.back() == '/';
     tallies.Count(spec.mode, 1);
     if (spec.mode >= kCopyModeCopyAToB) ++tallies.runItemsToDo;
-    FolderAt(tree.root, slash == std::string::npos ? "" : bare.substr(0, slash + 1)).subItems.push_back(std::move(node));
   }
-  return tree;
+  return trees;
 }
 
-FileSystemItem& ItemAt(PreviewEditor& editor, const std::string& path) {
-  FileSystemItem* item = &editor.rootItem(0);
-  std::size_t start = 0;
-  while (start < path.size()) {
-    std::size_t end = path.find('/', start);
-    if (end == std::string::npos) end = path.size();
-    const std::string name = path.substr(start, end - start);
-    FileSystemItem* found = nullptr;
-    for (int i = 0; i < item->numberOfChildren() && !found; ++i) {
-      FileSystemItem& child = item->childAtIndex(static_cast<std::size_t>(i));
-      if (child.relativeDict().name == name) found = &child;
+struct Previewed {
+  explicit Previewed(const RulesCase& c) : trees(MakeTrees(c, tallies)) {}
+
+  FileSystemItem& At(const std::string& path) {
+    FileSystemItem* item = &editor.rootItem(0);
+    for (const std::string& name : Names(path)) {
+      std::size_t i = 0;
+      while (item->childAtIndex(i).relativeDict().name != name) ++i;
+      item = &item->childAtIndex(i);
     }
-    if (found == nullptr) throw std::runtime_error("no item " + path);
-    item = found;
-    start = end + 1;
+    return *item;
   }
-  return *item;
-}
+
+  RunTallies tallies;
+  std::vector<TaskTree> trees;
+  std::vector<std::vector<std::string>> additions{1};
+  LinuxFileSystem fs;
+  PreviewEditor editor{trees, tallies, additions, fs};
+};
 
 std::string Outcome(const PreviewClickResult& r) {
   if (r.deselectAll) return "deselect";
@@ -113,110 +114,62 @@ class PreviewRules : public ::testing::TestWithParam<RulesCase> {};
 
 TEST_P(PreviewRules, ClicksGiveModesTalliesAndIndexAdditions) {
   const RulesCase& c = GetParam();
-  RunTallies tallies;
-  std::vector<TaskTree> trees;
-  trees.push_back(MakeTree(c, tallies));
-  std::vector<std::vector<std::string>> additions(1);
-  LinuxFileSystem fs;
-  PreviewEditor editor(trees, tallies, additions, fs);
-
+  Previewed p(c);
   std::vector<std::string> outcomes;
   for (const Click& click : c.clicks) {
-    outcomes.push_back(Outcome(editor.ClickTheRow(&ItemAt(editor, click.path), click.column, click.keys)));
+    outcomes.push_back(Outcome(p.editor.ClickTheRow(&p.At(click.path), click.column, click.keys)));
   }
   std::vector<int> modes;
-  for (const NodeSpec& spec : c.tree) modes.push_back(ItemAt(editor, spec.path).copyMode());
+  for (const NodeSpec& spec : c.tree) modes.push_back(p.At(spec.path).copyMode());
   std::vector<std::int64_t> shown;
-  for (const PreviewTally& tally : PreviewTallies(tallies)) shown.push_back(tally.value);
+  for (const PreviewTally& tally : PreviewTallies(p.tallies)) shown.push_back(tally.value);
 
   EXPECT_EQ(outcomes, c.wantOutcomes);
   EXPECT_EQ(modes, c.wantModes);
   EXPECT_EQ(shown, c.wantTallies);
-  EXPECT_EQ(additions[0], c.wantAdditions);
+  EXPECT_EQ(p.additions[0], c.wantAdditions);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     PreviewEditor, PreviewRules,
     ::testing::Values(
-        RulesCase{"KeepingAFileKeepsTheFoldersBeingDeletedAndTheyStayKept",
-                  true,
-                  {{"d/", 7}, {"d/e/", 7}, {"d/e/f", 7}, {"d/g", 7}},
-                  {{"d/e/f"}, {"d/e/f"}},
-                  {"reload", "reload"},
-                  {-7, -7, 7, 7},
-                  {1, 2, 2, 0, 0, 0, 0, 2}},
-        RulesCase{"CopyingAFileOfASwitchedOffFolderBringsItsFoldersBack",
-                  true,
-                  {{"d/", 1}, {"d/e/", 2}, {"d/e/f", 2}, {"d/e/g", 2}, {"h", 4}},
-                  {{"d/"}, {"d/e/f"}},
-                  {"reload", "reload"},
-                  {1, 2, 2, -2, 4},
-                  {2, 1, 0, 3, 0, 0, 0, 3}},
-        RulesCase{"AChildAlreadyOffIsCountedOnce",
-                  true,
-                  {{"d/", 2}, {"d/f", 2}, {"d/g", 2}, {"m", 8}},
-                  {{"d/f"}, {"d/"}, {"m"}},
-                  {"reload", "reload", "reload"},
-                  {-2, -2, -2, -8},
-                  {1, 4, 0, 0, 0, 0, 0, 0}},
-        RulesCase{"OnlyAnActiveReplacementOfASyncCanBeReversed",
-                  true,
-                  {{"f", 4}, {"g", 2}, {"h", 5}},
-                  {{"f", 1, kOption}, {"g", 1, kOption}, {"h"}, {"h", 1, kOption}},
-                  {"reload", "beep", "reload", "beep"},
-                  {5, 2, -5},
-                  {1, 1, 0, 1, 1, 0, 0, 2}},
-        RulesCase{"ABackupsReplacementCannotBeReversed",
-                  false,
-                  {{"f", 4}},
-                  {{"f", 1, kOption}},
-                  {"beep"},
-                  {4},
-                  {1, 0, 0, 1, 0, 0, 0, 1}},
-        RulesCase{"ItemsKnownToTheIndexJoinItsAdditionsWhileOff",
-                  true,
-                  {{"x", 7, 1}, {"y", 6, 0}, {"z", 3}},
-                  {{"x"}, {"y"}, {"z"}, {"y"}},
-                  {"reload", "reload", "reload", "reload"},
-                  {-7, 6, -3},
-                  {1, 2, 1, 0, 0, 0, 0, 1},
+        RulesCase{"KeepingAFileKeepsTheFoldersBeingDeletedAndTheyStayKept", true,
+                  {{"d/", 7}, {"d/e/", 7}, {"d/e/f", 7}, {"d/g", 7}}, {{"d/e/f"}, {"d/e/f"}},
+                  {"reload", "reload"}, {-7, -7, 7, 7}, {1, 2, 2, 0, 0, 0, 0, 2}},
+        RulesCase{"CopyingAFileOfASwitchedOffFolderBringsItsFoldersBack", true,
+                  {{"d/", 1}, {"d/e/", 2}, {"d/e/f", 2}, {"d/e/g", 2}, {"h", 4}}, {{"d/"}, {"d/e/f"}},
+                  {"reload", "reload"}, {1, 2, 2, -2, 4}, {2, 1, 0, 3, 0, 0, 0, 3}},
+        RulesCase{"AChildAlreadyOffIsCountedOnce", true,
+                  {{"d/", 2}, {"d/f", 2}, {"d/g", 2}, {"m", 8}}, {{"d/f"}, {"d/"}, {"m"}},
+                  {"reload", "reload", "reload"}, {-2, -2, -2, -8}, {1, 4, 0, 0, 0, 0, 0, 0}},
+        RulesCase{"OnlyAnActiveReplacementOfASyncCanBeReversed", true,
+                  {{"f", 4}, {"g", 2}, {"h", 5}}, {{"f", 1, kOption}, {"g", 1, kOption}, {"h"}, {"h", 1, kOption}},
+                  {"reload", "beep", "reload", "beep"}, {5, 2, -5}, {1, 1, 0, 1, 1, 0, 0, 2}},
+        RulesCase{"ABackupsReplacementCannotBeReversed", false,
+                  {{"f", 4}}, {{"f", 1, kOption}}, {"beep"}, {4}, {1, 0, 0, 1, 0, 0, 0, 1}},
+        RulesCase{"ItemsKnownToTheIndexJoinItsAdditionsWhileOff", true,
+                  {{"x", 7, 1}, {"y", 6, 0}, {"z", 3}}, {{"x"}, {"y"}, {"z"}, {"y"}},
+                  {"reload", "reload", "reload", "reload"}, {-7, 6, -3}, {1, 2, 1, 0, 0, 0, 0, 1},
                   {"/nowhere/A/x"}},
-        RulesCase{"AFolderDeletionAndItsFileLeaveAndRejoinTheAdditionsTogether",
-                  true,
-                  {{"d/", 7, 1}, {"d/f", 7, 1}},
-                  {{"d/f"}, {"d/"}, {"d/f"}},
-                  {"reload", "reload", "reload"},
-                  {-7, -7},
-                  {1, 2, 0, 0, 0, 0, 0, 0},
+        RulesCase{"AFolderDeletionAndItsFileLeaveAndRejoinTheAdditionsTogether", true,
+                  {{"d/", 7, 1}, {"d/f", 7, 1}}, {{"d/f"}, {"d/"}, {"d/f"}},
+                  {"reload", "reload", "reload"}, {-7, -7}, {1, 2, 0, 0, 0, 0, 0, 0},
                   {"/nowhere/A/d", "/nowhere/A/d/f"}},
-        RulesCase{"ControlClickRevealsASideThatExists",
-                  true,
-                  {{"etc/", 1}},
-                  {{"etc/", kSideA, kControl}, {"etc/", kSideB, kControl}, {"etc/", kSideA}, {"etc/", 3}},
-                  {"reveal /etc", "beep", "none", "deselect"},
-                  {1},
-                  {2, 0, 0, 0, 0, 0, 0, 0},
-                  {},
-                  "/"}),
+        RulesCase{"ControlClickRevealsASideThatExists", true,
+                  {{"etc/", 1}}, {{"etc/", kSideA, kControl}, {"etc/", kSideB, kControl}, {"etc/", kSideA}, {"etc/", 3}},
+                  {"reveal /etc", "beep", "none", "deselect"}, {1}, {2, 0, 0, 0, 0, 0, 0, 0}, {}, "/"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(PreviewEditor, SearchFindsTheItemsToBeDeletedInOutlineOrder) {
-  RulesCase c{"", true, {{"a/", 1}, {"a/x", 7}, {"a/k", 7}, {"b", 2}, {"c/", 1}, {"c/y", 6}}, {}, {}, {}, {}};
-  RunTallies tallies;
-  std::vector<TaskTree> trees;
-  trees.push_back(MakeTree(c, tallies));
-  std::vector<std::vector<std::string>> additions(1);
-  LinuxFileSystem fs;
-  PreviewEditor editor(trees, tallies, additions, fs);
-  editor.ClickTheRow(&ItemAt(editor, "a/k"), kPreviewColumnAction, 0);  // switched off: not to be deleted
-
-  FileSystemItem* x = &ItemAt(editor, "a/x");
-  FileSystemItem* y = &ItemAt(editor, "c/y");
-  EXPECT_EQ(editor.SearchNextOrPreviousItem(nullptr, false), x);
-  EXPECT_EQ(editor.SearchNextOrPreviousItem(x, false), y);
-  EXPECT_EQ(editor.SearchNextOrPreviousItem(y, false), nullptr);
-  EXPECT_EQ(editor.SearchNextOrPreviousItem(nullptr, true), y);
-  EXPECT_EQ(editor.SearchNextOrPreviousItem(y, true), x);
+  Previewed p({"", true, {{"a/", 1}, {"a/x", 7}, {"a/k", 7}, {"b", 2}, {"c/", 1}, {"c/y", 6}}, {}, {}, {}, {}});
+  p.editor.ClickTheRow(&p.At("a/k"), kPreviewColumnAction, 0);  // switched off: no longer to be deleted
+  FileSystemItem* x = &p.At("a/x");
+  FileSystemItem* y = &p.At("c/y");
+  EXPECT_EQ(p.editor.SearchNextOrPreviousItem(nullptr, false), x);
+  EXPECT_EQ(p.editor.SearchNextOrPreviousItem(x, false), y);
+  EXPECT_EQ(p.editor.SearchNextOrPreviousItem(y, false), nullptr);
+  EXPECT_EQ(p.editor.SearchNextOrPreviousItem(nullptr, true), y);
+  EXPECT_EQ(p.editor.SearchNextOrPreviousItem(y, true), x);
 }
 
 }  // namespace
