@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "app/startup.h"
+#include "cli/terminal_preview.h"
 #include "engine/replace_prompt.h"
 #include "engine/tree_text.h"
 #include "util/strings_table.h"
@@ -130,18 +131,10 @@ bool TerminalProxy::ConfirmRun(const std::string& title, const std::string& ques
   return line && (*line == "y" || *line == "Y" || *line == "yes" || *line == "Yes");
 }
 
-bool TerminalProxy::ShowPreview(std::vector<TaskTree>& trees) {
+bool TerminalProxy::ShowPreview(PreviewEditor& editor) {
   std::lock_guard<std::mutex> lock(mMutex);
   ClearProgress();
-  for (const TaskTree& tree : trees) std::fputs(DescribeTaskTree(tree).c_str(), mOut);
-  if (!mInteractive) return true;
-  for (;;) {
-    std::fprintf(mOut, "%s [Y/n] ", GLS("Go on with the copy?").c_str());
-    auto line = ReadLine();
-    if (!line) return false;
-    if (line->empty() || *line == "y" || *line == "Y") return true;
-    if (*line == "n" || *line == "N") return false;
-  }
+  return TerminalPreview(editor, mPrompts, mOut).Run(mInteractive);
 }
 
 void TerminalProxy::RunEnded() {

@@ -25,7 +25,7 @@ class TerminalProxy : public AppkitProxy {
 
   int Alert(const AlertRequest& request) override;
   int AskReplace(const ReplaceRequest& request) override;
-  bool ShowPreview(std::vector<TaskTree>& trees) override;
+  bool ShowPreview(PreviewEditor& editor) override;
   void RunEnded() override;
   void UpdateItemsToDo(std::int64_t itemsToDo, std::int64_t itemsTotal) override;
   void UpdateBytesCopied(std::uint64_t copied, std::uint64_t total) override;

@@ -45,6 +45,8 @@ inline constexpr int kReplaceResultReplace = 100;
 inline constexpr int kReplaceResultStop = 98;
 inline constexpr int kReplaceResultSkip = 1;
 
+class PreviewEditor;
+
 class AppkitProxy {
  public:
   virtual ~AppkitProxy() = default;
@@ -60,8 +62,11 @@ class AppkitProxy {
   virtual int Alert(const AlertRequest& request) = 0;
   // Blocks. The replace prompt; returns its modal result (see the constants above).
   virtual int AskReplace(const ReplaceRequest& request) = 0;
-  // Blocks. The preview of the scan trees; the user may negate single copy modes. True to copy.
-  virtual bool ShowPreview(std::vector<TaskTree>& trees) = 0;
+  // Blocks. The preview of the scan trees before anything is copied. Called on the worker thread, which
+  // it blocks until the person continues (true) or stops (false). Every change goes through
+  // `editor` (its trees, tallies and title belong to the run); a front end on another thread may
+  // use the editor only while this call blocks the worker.
+  virtual bool ShowPreview(PreviewEditor& editor) = 0;
 
   // Console updates: none of them blocks.
   virtual void RunStarted() {}

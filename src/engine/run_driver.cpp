@@ -7,6 +7,7 @@
 
 #include "model/document_model.h"
 #include "options/session_switches.h"
+#include "engine/preview_editor.h"
 #include "engine/task_records.h"
 #include "util/quillon_additions.h"
 
@@ -54,7 +55,13 @@ void RunDriver::ExecuteSyncBackup(std::int64_t sessionIndex, int executedBy) {
   if (mState.IsRunOn() && scanned && !mDryRun) {
     const bool preview = !mState.runTaskTrees.empty() && mState.mExecutedBy == kExecutedByUser &&
                          mPreferences.IsFlagOn("prefPreview");
-    if (preview && !mContext.proxy.ShowPreview(mState.runTaskTrees)) mPreviewCancelled = true;
+    if (preview) {
+      PreviewEditor editor(mState.runTaskTrees, mState.tallies, mState.runExactIndexAdditions, mContext.fs);
+      editor.SetWindowTitle(PreviewWindowTitle(IsAllSessions(mDocument, sessionIndex), mState.session));
+      mPreviewCancelled = !mContext.proxy.ShowPreview(editor);
+      // Stopping in the preview is the user's Stop: nothing is copied, indexed or dated.
+      if (mPreviewCancelled) mState.mUserPressedStop = true;
+    }
     if (!mPreviewCancelled) {
       if (mState.tallies.runItemsToDo > 0) PurgeBeforeMainCopy();
       MainCopy();

@@ -22,7 +22,7 @@ void RunTallies::Count(int mode, std::int64_t delta) {
 void RunTallies::Reset() {
   runItemsToDo = 0;
   runItemsTotal = runToCopyAToB = runToCopyBToA = runToDelete = 0;
-  runMetadataAToB = runMetadataBToA = runNothing = 0;
+  runMetadataAToB = runMetadataBToA = runNothing = runSwitchedOff = 0;
 }
 
 }  // namespace marigold

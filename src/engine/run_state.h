@@ -53,6 +53,7 @@ struct RunTallies {
   std::int64_t runMetadataAToB = 0;  // mode 8
   std::int64_t runMetadataBToA = 0;  // mode 9
   std::int64_t runNothing = 0;       // mode 1
+  std::int64_t runSwitchedOff = 0;   // items the user switched off in the preview (negative modes)
 
   // Adds `delta` to the tally that `mode` belongs to (nothing for modes outside 1..9).
   void Count(int mode, std::int64_t delta);

@@ -78,10 +78,13 @@ std::string PrintableName(std::string_view name) {
   return out;
 }
 
+std::string TaskTreeHeading(const TaskTree& tree) {
+  return "Task " + std::to_string(tree.taskIndex + 1) + " of session " + std::to_string(tree.sessionIndex + 1) +
+         ": \"" + PrintableName(tree.source) + "\" -> \"" + PrintableName(tree.dest) + "\"";
+}
+
 std::string DescribeTaskTree(const TaskTree& tree) {
-  std::string out = "Task " + std::to_string(tree.taskIndex + 1) + " of session " +
-                    std::to_string(tree.sessionIndex + 1) + ": \"" + PrintableName(tree.source) + "\" -> \"" +
-                    PrintableName(tree.dest) + "\"\n";
+  std::string out = TaskTreeHeading(tree) + "\n";
   for (const ScanNode& node : tree.root.subItems) DescribeNode(node, 1, out);
   return out;
 }

@@ -14,6 +14,9 @@ namespace marigold {
 // valid UTF-8 as \xHH; valid UTF-8 text is kept as it is.
 std::string PrintableName(std::string_view name);
 
+// The task's heading, without a line end: Task 1 of session 1: "/src" -> "/dst"
+std::string TaskTreeHeading(const TaskTree& tree);
+
 // The task's heading line and its items, each line ending with "\n":
 //   Task 1 of session 1: "/src" -> "/dst"
 //     docs/  nothing to do

@@ -237,12 +237,12 @@ TEST_P(InteractivePreview, AsksOnTheTerminalBeforeCopying) {
       c.input);
 
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_NE(result.err.find("a.txt  copy A to B"), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("1  copy A to B"), std::string::npos) << result.err;
   EXPECT_EQ(trees::Read(box.Path("B")).size(), c.copied ? 1u : 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(RunCommands, InteractivePreview,
-                         ::testing::Values(PreviewAnswer{"DefaultIsYes", "\n", true}, PreviewAnswer{"No", "n\n", false},
+                         ::testing::Values(PreviewAnswer{"DefaultIsYes", "\n", true}, PreviewAnswer{"Stop", "stop\n", false},
                                            PreviewAnswer{"NoAnswerAtAll", "", false}),
                          [](const auto& info) { return std::string(info.param.name); });
 

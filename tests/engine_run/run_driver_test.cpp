@@ -250,11 +250,13 @@ TEST_P(Preview, IsShownToUsersOnlyAndCancelMeansNoCopyAndNoLog) {
   h.preferences.Set("prefPreview", c.previewOn ? 1 : 0);
   h.proxy.previewAnswer = c.answer;
 
-  h.Run(0, c.executedBy);
+  RunDriver& run = h.Run(0, c.executedBy);
 
   EXPECT_EQ(h.proxy.previews, c.previews);
   EXPECT_EQ(trees::Read(h.B()).size(), c.copied ? 1u : 0u);
   EXPECT_EQ(Contains(h.services.calls, "log"), c.logged);
+  // Stopping in the preview is the user's Stop: no shutting down or quitting afterwards.
+  EXPECT_EQ(run.state().mUserPressedStop, c.previews == 1 && !c.answer);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -24,7 +24,7 @@ int ScriptedProxy::AskReplace(const ReplaceRequest& request) {
   return Next(replaceAnswers, kReplaceResultSkip);
 }
 
-bool ScriptedProxy::ShowPreview(std::vector<TaskTree>&) {
+bool ScriptedProxy::ShowPreview(PreviewEditor&) {
   std::lock_guard<std::mutex> lock(mMutex);
   ++previews;
   return previewAnswer;

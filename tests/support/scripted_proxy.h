@@ -18,7 +18,7 @@ class ScriptedProxy : public AppkitProxy {
  public:
   int Alert(const AlertRequest& request) override;
   int AskReplace(const ReplaceRequest& request) override;
-  bool ShowPreview(std::vector<TaskTree>&) override;
+  bool ShowPreview(PreviewEditor&) override;
   void RunStarted() override { Note("started"); }
   void RunEnded() override { Note("ended"); }
   void ShowMainFolders(const std::string& source, const std::string& dest) override {
