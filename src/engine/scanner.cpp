@@ -25,7 +25,7 @@ ItemSide SideOf(const ItemAttributes& attributes, bool isFolder) {
   side.isDirectory = attributes.kind == ItemKind::kFolder;
   side.isFolder = isFolder;
   side.modified = attributes.modificationTime.seconds;
-  side.statusChanged = attributes.statusTime.seconds;
+  side.statusChanged = attributes.statusTime;
   side.accessed = attributes.accessTime.seconds;
   side.permissions = attributes.mode;
   side.uid = attributes.uid;
@@ -173,9 +173,18 @@ void Scanner::CheckAttrChanged(const std::string& source, const std::string& des
   auto b = mContext.fs.GetAttributes(dest);
   if (!a || !b) return;
   const bool namesDiffer = LastPathComponent(source) != LastPathComponent(dest);
-  copyMode = AttrChangedMode(copyMode, SideOf(a.Value(), false), SideOf(b.Value(), false), namesDiffer,
-                             includeNames, mContext.state.session.gIsSyncOn, mContext.state.gModificationDelta,
-                             mContext.state.mEuidIsRoot);
+  const ItemSide sideA = SideOf(a.Value(), false), sideB = SideOf(b.Value(), false);
+  copyMode = AttrChangedMode(copyMode, sideA, sideB, AttrDifferenceOf(source, dest, sideA, sideB), namesDiffer,
+                             includeNames, mContext.state.session.gIsSyncOn, mContext.state.gModificationDelta);
+}
+
+AttrDifference Scanner::AttrDifferenceOf(const std::string& pathA, const std::string& pathB, const ItemSide& a,
+                                         const ItemSide& b) {
+  // An item whose extras cannot be read compares as having none: its mode still counts.
+  auto extrasA = mContext.fs.GetMetadataExtras(pathA);
+  auto extrasB = mContext.fs.GetMetadataExtras(pathB);
+  return CompareSettableAttributes(a, b, extrasA ? extrasA.Value() : MetadataExtras{},
+                                   extrasB ? extrasB.Value() : MetadataExtras{}, mContext.state.mEuidIsRoot);
 }
 
 void Scanner::CountAdded(const ScanNode& child) {
@@ -282,12 +291,12 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
       const bool namesDiffer = name != nameB;
       if (isFolderA && isFolderB) {
         if (s.gCheckAttrChanged)
-          mode = AttrChangedMode(mode, sideA, sideB, namesDiffer, true, s.gIsSyncOn, mRules.modificationDelta,
-                                state.mEuidIsRoot);
+          mode = AttrChangedMode(mode, sideA, sideB, AttrDifferenceOf(a, b, sideA, sideB), namesDiffer, true,
+                                 s.gIsSyncOn, mRules.modificationDelta);
       } else {
         if (s.gCheckAttrChanged && mode == kCopyModeSkip)
-          mode = AttrChangedMode(mode, sideA, sideB, namesDiffer, true, s.gIsSyncOn, mRules.modificationDelta,
-                                state.mEuidIsRoot);
+          mode = AttrChangedMode(mode, sideA, sideB, AttrDifferenceOf(a, b, sideA, sideB), namesDiffer, true,
+                                 s.gIsSyncOn, mRules.modificationDelta);
         mode = Settle(DecideFileAgainstFolder(sideA, sideB, mode, mRules), a, b);
       }
     } else {

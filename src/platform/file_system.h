@@ -87,6 +87,10 @@ class FileSystem {
   // or its file system keeps none (links never have one).
   virtual std::optional<std::int64_t> GetBackupDate(const std::string& path) = 0;
 
+  // The user extended attributes (the backup date aside) and access lists of the item; a volume
+  // that keeps none gives empty ones. Does not follow a link.
+  virtual FsResult<MetadataExtras> GetMetadataExtras(const std::string& path) = 0;
+
   // --- changing items ------------------------------------------------------------------------
 
   // Creates a folder with `mode` less the umask. Without intermediates the parent must exist and

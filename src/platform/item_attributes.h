@@ -4,6 +4,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,6 +42,15 @@ struct ItemAttributes {
   bool IsFolder() const { return kind == ItemKind::kFolder; }
   // A folder that is not a package: the engine walks into it.
   bool IsReallyFolder() const { return kind == ItemKind::kFolder && !isPackage; }
+};
+
+// What a metadata copy carries besides the mode and owners, as far as attribute checking compares
+// it. The backup date is the engine's own record of a run, not an attribute of the user's.
+struct MetadataExtras {
+  std::map<std::string, std::string> userAttributes;  // user.* names and values
+  std::string accessList;         // the extended access list as text; empty when the mode says it all
+  std::string defaultAccessList;  // a folder's default access list as text; empty when it has none
+  bool operator==(const MetadataExtras&) const = default;
 };
 
 // The extensions that make a folder a package (one list, compared ignoring ASCII case).
