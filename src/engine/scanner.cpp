@@ -3,11 +3,13 @@
 #include <cerrno>
 #include <utility>
 
+#include "engine/copy_log_lines.h"
 #include "engine/copy_mode.h"
 #include "engine/error_path.h"
 #include "engine/privilege_messages.h"
 #include "engine/scan_listing.h"
 #include "util/strings_table.h"
+#include "util/temporary_names.h"
 
 namespace marigold {
 
@@ -167,6 +169,13 @@ bool Scanner::AskReplace(const std::string& source, const std::string& dest, std
   return pressed == kReplaceResultReplace;
 }
 
+void Scanner::RemoveLeftover(const std::string& path) {
+  // A rename temporary holds a user's item between two names: it is passed by, never removed.
+  if (mContext.state.mDryRun || TemporaryKindOf(LastPathComponent(path)) != TemporaryKind::kWork) return;
+  if (!mContext.fs.RemoveTree(path)) return;
+  mContext.errors.AppendDetailedLine(GLS("Removed the temporary item of an interrupted run") + " " + Quoted(path));
+}
+
 void Scanner::CheckAttrChanged(const std::string& source, const std::string& dest, int& copyMode,
                                bool includeNames) {
   auto a = mContext.fs.GetAttributes(source);
@@ -245,8 +254,14 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
     if (!state.IsRunOn()) break;
     const std::string& name = pair.a ? pair.a->name : pair.b->name;
     const std::string& nameB = pair.b ? pair.b->name : name;
-    // Left-overs of an interrupted copy belong to the engine, not to the user.
-    if (IsTemporaryName(name) || IsTemporaryName(nameB)) continue;
+    // Left-overs of an interrupted run belong to the engine, not to the user.
+    if (IsTemporaryName(name) || IsTemporaryName(nameB)) {
+      JoinInto(a, pathA, name);
+      JoinInto(b, pathB, nameB);
+      if (pair.a) RemoveLeftover(a);
+      if (pair.b) RemoveLeftover(b);
+      continue;
+    }
     JoinInto(a, pathA, name);
     JoinInto(b, pathB, nameB);
 

@@ -1,5 +1,6 @@
 // The scan: walks a task's two folders side by side and decides a copy mode for every item.
-// Nothing on disk changes during a scan. Runs on the worker thread.
+// Nothing on disk changes during a scan, except that a run that is not a dry run removes the
+// temporary items an interrupted run left behind. Runs on the worker thread.
 //
 // Each folder of each side is listed once (the listing carries every item's attributes); backup
 // dates are read only for the items whose decision depends on them. Names of the two sides match

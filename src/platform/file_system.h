@@ -125,8 +125,8 @@ class FileSystem {
   // --- copying -------------------------------------------------------------------------------
 
   // Copies a file, link, special item, or folder with everything inside it (a package), to
-  // `dest`, whose parent must exist. The copy is written under a temporary name holding
-  // "MGTempFile" beside `dest`, gets the source's mode, ownership (when permitted), times, user
+  // `dest`, whose parent must exist. The copy is written under a temporary name
+  // (MakeTemporaryName) beside `dest`, gets the source's mode, ownership (when permitted), times, user
   // extended attributes and access lists, then is renamed into place; on any failure nothing is
   // left behind and an existing destination is untouched. (One exception: when a replaced
   // folder cannot be removed once the new item is in place, the error's operation is "remove the
@@ -150,7 +150,7 @@ class FileSystem {
   // The mounted volume holding the item (a link is looked up by its own location).
   virtual FsResult<VolumeInfo> GetVolume(const std::string& path) = 0;
   // Whether names in this folder match ignoring case (two names differing in case are one item).
-  // May create and remove a probe file named with "MGTempFile" in the folder.
+  // May create and remove a probe file with a temporary name (MakeTemporaryName) in the folder.
   virtual FsResult<bool> IsCaseInsensitive(const std::string& folder) = 0;
 };
 

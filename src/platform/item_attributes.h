@@ -1,5 +1,5 @@
 // What the file system tells about one item, read in one call without following links, and the
-// naming conventions that classify items (invisible, package, the engine's own temporary names).
+// naming conventions that classify items (invisible, package).
 #pragma once
 
 #include <compare>
@@ -57,18 +57,12 @@ struct MetadataExtras {
 inline constexpr std::string_view kPackageExtensions[] = {
     "app", "bundle", "framework", "plugin", "kext", "pkg", "mpkg", "rtfd", "xpc", "appex"};
 
-// Markers of the engine's own temporary items; a name holding one is never a user item.
-inline constexpr std::string_view kTemporaryFileMarker = "MGTempFile";
-inline constexpr std::string_view kTemporaryRenameMarker = "Marigold_Temporary_Name";
-
 // The last path component ("b" for "/a/b/", "/" for "/").
 std::string_view LastPathComponent(std::string_view path);
 // A name beginning with "." ("." and ".." included).
 bool IsInvisibleName(std::string_view name);
 // Whether a folder with this name is a package: its extension is one of kPackageExtensions.
 bool IsPackageName(std::string_view name);
-// Whether the name holds one of the engine's temporary markers.
-bool IsTemporaryName(std::string_view name);
 
 // What the engine remembers of an item at scan time, to see before it overwrites or deletes the
 // item whether someone changed it since.

@@ -15,6 +15,7 @@
 #include "engine/scanner.h"
 #include "support/temp_folder.h"
 #include "test_trees.h"
+#include "util/temporary_names.h"
 
 namespace marigold::test {
 namespace {
