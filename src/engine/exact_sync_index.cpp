@@ -146,6 +146,12 @@ bool ExactSyncIndex::ItWasExixting(const std::string& path, int where) const {
   return true;
 }
 
+std::vector<std::string> ExactSyncIndex::RecordedRootNames(int where) const {
+  const std::optional<LoadedSide>& side = where == 1 ? gExactSyncDictSrc : gExactSyncDictDst;
+  if (!side) return {};
+  return side->tree->ChildNames(side->root);
+}
+
 // --- writing ---------------------------------------------------------------------------------
 
 bool ExactSyncIndex::ReportWriteFailure(int which, const std::string& path) {

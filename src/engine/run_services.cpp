@@ -19,6 +19,7 @@ bool RunServices::IsToBeExcluded(RunState&, const std::string&) { return false; 
 bool RunServices::IsToBeFiltered(RunState&, const std::string&, const ItemAttributes&) { return false; }
 bool RunServices::ExactSyncFileExists(RunState&, int) { return false; }
 bool RunServices::ItWasExixting(RunState&, const std::string&, int) { return false; }
+std::vector<std::string> RunServices::IndexedRootNames(RunState&, int) { return {}; }
 bool RunServices::WriteExactSyncIndex(RunState&, const PlistDict&, int) { return true; }
 std::optional<std::string> RunServices::GetDestSubFolderName(RunState&, const std::string&) { return std::nullopt; }
 PlistArray RunServices::ExecutiveMultiArray(RunState&, const PlistDict&) { return {}; }

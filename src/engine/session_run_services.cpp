@@ -69,6 +69,10 @@ bool SessionRunServices::ItWasExixting(RunState&, const std::string& path, int w
   return mIndex.ItWasExixting(path, where);
 }
 
+std::vector<std::string> SessionRunServices::IndexedRootNames(RunState&, int where) {
+  return mIndex.RecordedRootNames(where);
+}
+
 bool SessionRunServices::WriteExactSyncIndex(RunState&, const PlistDict& taskRecord, int mode) {
   return mIndex.WriteExactSyncIndex(mode, taskRecord);
 }

@@ -43,6 +43,7 @@ class SessionRunServices : public RunServices {
   // --- the exact-sync index ------------------------------------------------------------------
   bool ExactSyncFileExists(RunState& state, int which) override;
   bool ItWasExixting(RunState& state, const std::string& path, int where) override;
+  std::vector<std::string> IndexedRootNames(RunState& state, int where) override;
   bool WriteExactSyncIndex(RunState& state, const PlistDict& taskRecord, int mode) override;
 
   // --- the dated sub-folder -----------------------------------------------------------------
