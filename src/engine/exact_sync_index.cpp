@@ -80,7 +80,8 @@ bool ExactSyncIndex::ExactSyncFileExists(bool load) {
   mLastExactSyncDate = found->file.lastExactSyncDate;
   if (!load) return true;
   if (!exactSync) {
-    RemovePairIndex(found->filePath, found->entryPosition, std::move(mainIndex));
+    // A plain run of the pair forgets its index; a dry run only looks, and forgets nothing.
+    if (!s.mDryRun) RemovePairIndex(found->filePath, found->entryPosition, std::move(mainIndex));
     return false;
   }
 
@@ -238,6 +239,7 @@ std::optional<std::string> ExactSyncIndex::PrepareIndexFile(int mode) {
 
 bool ExactSyncIndex::WriteExactSyncIndex(int mode, const PlistDict& taskRecord) {
   RunState& s = State();
+  if (s.mDryRun) return true;
   addToExactIndexArray = PathsOf(taskRecord, "addToExactIndexArray");
   restoreBackupDateArray = PathsOf(taskRecord, "restoreBackupDateArray");
   mAddSet = {addToExactIndexArray.begin(), addToExactIndexArray.end()};
