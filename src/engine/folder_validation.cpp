@@ -1,5 +1,6 @@
 #include "engine/folder_validation.h"
 
+#include "engine/boot_lists.h"
 #include "engine/error_path.h"
 #include "engine/privilege_messages.h"
 #include "options/settings_titles.h"
@@ -71,8 +72,13 @@ bool FolderValidation::FoldersAreValid(const std::string& source, const std::str
   const std::string canonicalB = CanonicalFolder(mContext.fs, resolvedB);
   if (resolvedA == resolvedB || canonicalA == canonicalB)
     return Refuse({GLS("Cannot set equal source and destination")}, forceToCase);
-  if (IsInside(canonicalB, canonicalA))
-    return Refuse({GLS("Cannot set a destination folder inside the source folder")}, forceToCase);
+  // Inside a folder the scan never walks into (a system disk's /media, say), a destination is not
+  // copied into itself.
+  if (IsInside(canonicalB, canonicalA)) {
+    const std::size_t next = canonicalB.find('/', canonicalA == "/" ? 1 : canonicalA.size() + 1);
+    if (!IsNeverWalked(canonicalB.substr(0, next), canonicalA, canonicalB, mVolumes))
+      return Refuse({GLS("Cannot set a destination folder inside the source folder")}, forceToCase);
+  }
   if (IsInside(canonicalA, canonicalB))
     return Refuse({GLS("Cannot set a source folder inside the destination folder")}, forceToCase);
   if (!folderA && LastPathComponent(resolvedA) != LastPathComponent(resolvedB))
