@@ -63,7 +63,7 @@ void DocumentController::FinishLaunching() {
 void DocumentController::FileNew() {
   if (mHost.IsCopying()) return;
   if (mStore.isDocumentOpen && mStore.isDocumentTemplate) {
-    if (ToXmlPlist(PlistValue(mStore.mainDict())) != ToXmlPlist(PlistValue(NewTemplate()))) {
+    if (!(mStore.mainDict() == NewTemplate())) {
       switch (mPrompts.Alert(SaveQuestion(
           "This is a template document. Do you want to save these settings to a file before closing?",
           "If you create a new document without saving, you will lose these settings."))) {

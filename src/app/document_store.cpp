@@ -106,11 +106,11 @@ bool DocumentStore::WriteFileSession(const std::string& path) {
 
 bool DocumentStore::isDocumentToBeSaved() const {
   if (!isDocumentOpen || isDocumentTemplate || mMainDict.empty()) return false;
-  const std::string current = ToXmlPlist(PlistValue(mMainDict));
-  const std::optional<std::string> saved =
-      pathDocumentFile.empty() ? std::optional<std::string>(ToXmlPlist(PlistValue(NewTemplate())))
-                               : ReadWholeFile(pathDocumentFile);
-  return !saved || *saved != current;
+  // Compared as values, not as text: a file another tool wrote (binary, or keys in another order)
+  // holding the same document needs no saving.
+  const std::optional<PlistDict> saved =
+      pathDocumentFile.empty() ? std::optional<PlistDict>(NewTemplate()) : ReadPlistDictFile(pathDocumentFile);
+  return !saved || !(*saved == mMainDict);
 }
 
 bool VolumeListContainsPassword(PlistDict& root, bool removePasswords) {

@@ -144,8 +144,12 @@ bool Preferences::WriteFilePreferences(bool withWindowState, const WindowState& 
   prefs.Set("versionPref", kVersionPref);
   if (prefs.GetInt("versionApp") <= kVersionApp - 1) prefs.Set("versionApp", kVersionApp);
 
-  PlistDict file = ReadPlistDictFile(mPaths.preferencesFile).value_or(PlistDict());
+  const std::optional<PlistDict> stored = ReadPlistDictFile(mPaths.preferencesFile);
+  PlistDict file = stored.value_or(PlistDict());
   file.Set(kPreferencesKey, prefs);
+  // Every command starts by reading the preferences; a file that already says the same is left
+  // alone, so a look at the folders (a dry run) changes nothing, and two fsyncs are saved.
+  if (stored && *stored == file) return true;
   if (!WriteXmlPlistFile(mPaths.preferencesFile, file)) return false;
   // A root instance writes the user's own file; the user's next ordinary instance must still be
   // able to rewrite it.

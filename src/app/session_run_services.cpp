@@ -20,6 +20,10 @@ bool SessionExactIndex::ItWasExixting(RunState&, const std::string& path, int wh
   return mIndex.ItWasExixting(path, where);
 }
 
+std::vector<std::string> SessionExactIndex::IndexedRootNames(RunState&, int where) {
+  return mIndex.RecordedRootNames(where);
+}
+
 bool SessionExactIndex::WriteExactSyncIndex(RunState&, const PlistDict& taskRecord, int mode) {
   return mIndex.WriteExactSyncIndex(mode, taskRecord);
 }

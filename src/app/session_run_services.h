@@ -31,6 +31,7 @@ class SessionExactIndex : public ExactIndexStore {
   void Bind(EngineContext& context) override { mIndex.Bind(context); }
   bool ExactSyncFileExists(RunState& state, int which) override;
   bool ItWasExixting(RunState& state, const std::string& path, int where) override;
+  std::vector<std::string> IndexedRootNames(RunState& state, int where) override;
   bool WriteExactSyncIndex(RunState& state, const PlistDict& taskRecord, int mode) override;
 
  private:

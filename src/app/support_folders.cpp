@@ -12,6 +12,8 @@
 #include <memory>
 #include <vector>
 
+#include "util/temporary_names.h"
+
 namespace marigold {
 namespace {
 
@@ -142,9 +144,7 @@ bool CopyFolderKeepingModes(const std::string& from, const std::string& to, std:
   // passes for a complete support folder at the next launch.
   auto slash = to.rfind('/');
   std::string parent = slash == std::string::npos ? "." : to.substr(0, slash == 0 ? 1 : slash);
-  std::string name = slash == std::string::npos ? to : to.substr(slash + 1);
-  std::string temp = JoinPath(parent, "." + name + ".MGTempFile." + std::to_string(::getpid()));
-  RemoveTree(temp);
+  std::string temp = JoinPath(parent, MakeTemporaryName());
   if (!CopyTree(from, temp, error)) {
     RemoveTree(temp);
     return false;

@@ -32,4 +32,12 @@ void MakeItemsToDontCopyList(RunState& state, BootVolumes& volumes) {
   }
 }
 
+bool IsNeverWalked(const std::string& item, const std::string& source, const std::string& dest, BootVolumes& volumes) {
+  RunState task;
+  task.gSourceFolder = source;
+  task.gDestFolder = dest;
+  MakeItemsToDontCopyList(task, volumes);
+  return task.bootFoldersToCopyEmptyArray.contains(item) || task.bootItemsToDontCopyArray.contains(item);
+}
+
 }  // namespace marigold

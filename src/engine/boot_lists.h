@@ -12,4 +12,8 @@ namespace marigold {
 // under the mount point of each task folder that lies on another volume than "/".
 void MakeItemsToDontCopyList(RunState& state, BootVolumes& volumes);
 
+// Whether the scan of the task whose folders are `source` and `dest` never walks into `item`, an
+// item directly inside one of them: a folder it copies empty, or an item it never copies.
+bool IsNeverWalked(const std::string& item, const std::string& source, const std::string& dest, BootVolumes& volumes);
+
 }  // namespace marigold

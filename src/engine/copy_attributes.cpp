@@ -10,13 +10,13 @@
 #include "engine/copy_executor.h"
 #include "engine/error_path.h"
 #include "util/strings_table.h"
+#include "util/temporary_names.h"
 
 namespace marigold {
 
 namespace {
 
-constexpr std::string_view kRenameBase = kTemporaryRenameMarker;
-constexpr int kMaxUniqueNameTries = 1000;
+constexpr int kMaxUniqueNameTries = 100;
 
 // The data a file will take: its blocks when it is sparse, its length otherwise.
 std::uint64_t DataSize(const ItemAttributes& attributes) {
@@ -37,7 +37,7 @@ bool CopyExecutor::QLCopySingleMetadataOnly(const std::string& src, const std::s
     // The names differ in case only; a folder that ignores case cannot rename one onto the other
     // directly, so the item passes through a name of its own.
     const std::string folder = ParentFolderOf(dst);
-    auto temporary = FindUniqueNameInFolder(folder, std::string(kRenameBase));
+    auto temporary = FindUniqueNameInFolder(folder);
     if (!temporary)
       return ReportError({GLS("Can't rename the destination item"), " ", Quoted(dst), " ",
                           GLS("because I can't find an unique new name on its parent folder"), " ", Quoted(folder)});
@@ -150,9 +150,9 @@ std::uint64_t CopyExecutor::NewItemSize(const std::string& item) {
   return total;
 }
 
-std::optional<std::string> CopyExecutor::FindUniqueNameInFolder(const std::string& folder, const std::string& base) {
+std::optional<std::string> CopyExecutor::FindUniqueNameInFolder(const std::string& folder) {
   for (int index = 0; index < kMaxUniqueNameTries; ++index) {
-    std::string name = index == 0 ? base : base + " " + std::to_string(index);
+    std::string name = MakeTemporaryName(TemporaryKind::kRename);
     auto existing = mContext.fs.GetAttributes(ChildPath(folder, name));
     if (!existing && existing.Error().IsMissing()) return name;
     if (!existing) return std::nullopt;

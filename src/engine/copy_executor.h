@@ -4,7 +4,7 @@
 //
 // What it promises about the disk: a destination file is replaced by renaming a complete copy
 // over it, so a run killed at any instant leaves the old or the new file, never a mixture; the
-// only leftovers of such a run carry the engine's temporary marker (IsTemporaryName). Before an
+// only leftovers of such a run bear the engine's temporary names (IsTemporaryName). Before an
 // item is overwritten or deleted it is compared with what the scan saw; a changed item is left
 // alone and reported.
 #pragma once
@@ -79,8 +79,9 @@ class CopyExecutor {
   bool CheckFreeSpaceFor(const std::string& item, const std::string& destFolder, std::string& errStr);
   // The bytes the item will take once copied (a folder counts everything inside it).
   std::uint64_t NewItemSize(const std::string& item);
-  // A name in `folder` starting with `base` that no item holds; nothing when none was found.
-  std::optional<std::string> FindUniqueNameInFolder(const std::string& folder, const std::string& base);
+  // A rename temporary (TemporaryKind::kRename) that no item in `folder` holds; nothing when
+  // none was found.
+  std::optional<std::string> FindUniqueNameInFolder(const std::string& folder);
 
  private:
   // The nodes' own performing and walking, and the folder-date agreement after a walk.

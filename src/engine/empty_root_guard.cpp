@@ -1,7 +1,10 @@
 #include "engine/empty_root_guard.h"
 
+#include <unordered_set>
+
 #include "engine/copy_mode.h"
 #include "util/strings_table.h"
+#include "util/temporary_names.h"
 
 namespace marigold {
 namespace {
@@ -13,9 +16,24 @@ bool HasDeletion(const ScanNode& root, int deleteMode) {
   return false;
 }
 
-bool IsEmptyFolder(FileSystem& fs, const std::string& path) {
+// Whether the root at `path` is no real side: it holds nothing but hidden or leftover items, or
+// none of the names the index recorded there at the last run (`recorded`, hidden names aside).
+bool IsHollowRoot(FileSystem& fs, const std::string& path, const std::vector<std::string>& recorded) {
   auto entries = fs.ListFolder(path);
-  return entries && entries.Value().empty();
+  if (!entries) return false;
+  auto counts = [](std::string_view name) { return !IsInvisibleName(name) && !IsTemporaryName(name); };
+  std::unordered_set<std::string> present;
+  for (const FolderEntry& entry : entries.Value()) {
+    if (counts(entry.name)) present.insert(entry.name);
+  }
+  if (present.empty()) return true;
+  bool anyRecorded = false;
+  for (const std::string& name : recorded) {
+    if (!counts(name)) continue;
+    if (present.contains(name)) return false;
+    anyRecorded = true;
+  }
+  return anyRecorded;
 }
 
 std::string EmptyRootMessage(const std::string& emptyRoot, bool emptyIsSource, const std::string& otherRoot) {
@@ -29,10 +47,13 @@ std::string EmptyRootMessage(const std::string& emptyRoot, bool emptyIsSource, c
 bool EmptyRootAllowsTask(EngineContext& context, ErrorPath& errors, const TaskTree& tree) {
   RunState& state = context.state;
   if (!state.session.gIsExactOn) return true;
+  auto hollow = [&](int where, const std::string& root) {
+    return IsHollowRoot(context.fs, root, context.services.index->IndexedRootNames(state, where));
+  };
   bool emptyIsSource = false;
-  if (HasDeletion(tree.root, kCopyModeDeleteInB) && IsEmptyFolder(context.fs, tree.source)) {
+  if (HasDeletion(tree.root, kCopyModeDeleteInB) && hollow(1, tree.source)) {
     emptyIsSource = true;
-  } else if (!(HasDeletion(tree.root, kCopyModeDeleteInA) && IsEmptyFolder(context.fs, tree.dest))) {
+  } else if (!(HasDeletion(tree.root, kCopyModeDeleteInA) && hollow(0, tree.dest))) {
     return true;
   }
   const std::string message = emptyIsSource ? EmptyRootMessage(tree.source, true, tree.dest)

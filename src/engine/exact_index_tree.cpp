@@ -61,6 +61,14 @@ ExactIndexTree::NodeId ExactIndexTree::Find(NodeId parent, std::string_view name
   return mSlots[SlotOf(parent, name)];
 }
 
+std::vector<std::string> ExactIndexTree::ChildNames(NodeId parent) const {
+  std::vector<std::string> names;
+  for (std::size_t id = 1; id < mNodes.size(); ++id) {
+    if (mNodes[id].parent == parent) names.emplace_back(Name(mNodes[id]));
+  }
+  return names;
+}
+
 std::size_t ExactIndexTree::MemoryBytes() const {
   return mNodes.capacity() * sizeof(Node) + mNames.capacity() + mSlots.capacity() * sizeof(NodeId);
 }

@@ -28,6 +28,9 @@ class ExactIndexTree {
   // The item named `name` inside `parent`, or kNone.
   NodeId Find(NodeId parent, std::string_view name) const;
   bool IsFolder(NodeId id) const { return mNodes[id].isFolder; }
+  // The names recorded directly inside `parent`, in the order they were added. Walks every node:
+  // for an occasional question, not for the scan.
+  std::vector<std::string> ChildNames(NodeId parent) const;
   // Items recorded, the top excluded.
   std::size_t size() const { return mNodes.size() - 1; }
   // Bytes the tree holds in memory.

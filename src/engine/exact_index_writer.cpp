@@ -11,6 +11,7 @@
 #include "engine/exact_index_names.h"
 #include "engine/exact_index_xml.h"
 #include "util/quillon_additions.h"
+#include "util/temporary_names.h"
 
 namespace marigold {
 namespace {
@@ -33,17 +34,17 @@ bool IndexXmlWriter::Open(const std::string& target, std::int64_t fileVersion) {
   mErrno = 0;
   mDepth = 1;
   const std::size_t slash = target.rfind('/');
-  const std::string folder = slash == std::string::npos ? "." : target.substr(0, slash + 1);
-  const std::string name = slash == std::string::npos ? target : target.substr(slash + 1);
-  std::string pattern = (slash == std::string::npos ? std::string() : folder) + "." + name + ".MGTempFile.XXXXXX";
-  std::vector<char> templ(pattern.begin(), pattern.end());
-  templ.push_back('\0');
-  mFd = ::mkostemp(templ.data(), O_CLOEXEC);
+  const std::string folder = slash == std::string::npos ? std::string() : target.substr(0, slash + 1);
+  for (int attempt = 0; attempt < 100 && mFd < 0; ++attempt) {
+    mTemporary = folder + MakeTemporaryName();
+    mFd = ::open(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (mFd < 0 && errno != EEXIST) break;
+  }
   if (mFd < 0) {
+    mTemporary.clear();
     Fail();
     return false;
   }
-  mTemporary.assign(templ.data());
   mode_t mask = ::umask(0);
   ::umask(mask);
   if (::fchmod(mFd, 0666 & ~mask) != 0) Fail();

@@ -80,7 +80,8 @@ bool ExactSyncIndex::ExactSyncFileExists(bool load) {
   mLastExactSyncDate = found->file.lastExactSyncDate;
   if (!load) return true;
   if (!exactSync) {
-    RemovePairIndex(found->filePath, found->entryPosition, std::move(mainIndex));
+    // A plain run of the pair forgets its index; a dry run only looks, and forgets nothing.
+    if (!s.mDryRun) RemovePairIndex(found->filePath, found->entryPosition, std::move(mainIndex));
     return false;
   }
 
@@ -144,6 +145,12 @@ bool ExactSyncIndex::ItWasExixting(const std::string& path, int where) const {
     if (!side->tree->IsFolder(node)) return i == n - 1;
   }
   return true;
+}
+
+std::vector<std::string> ExactSyncIndex::RecordedRootNames(int where) const {
+  const std::optional<LoadedSide>& side = where == 1 ? gExactSyncDictSrc : gExactSyncDictDst;
+  if (!side) return {};
+  return side->tree->ChildNames(side->root);
 }
 
 // --- writing ---------------------------------------------------------------------------------
@@ -232,6 +239,7 @@ std::optional<std::string> ExactSyncIndex::PrepareIndexFile(int mode) {
 
 bool ExactSyncIndex::WriteExactSyncIndex(int mode, const PlistDict& taskRecord) {
   RunState& s = State();
+  if (s.mDryRun) return true;
   addToExactIndexArray = PathsOf(taskRecord, "addToExactIndexArray");
   restoreBackupDateArray = PathsOf(taskRecord, "restoreBackupDateArray");
   mAddSet = {addToExactIndexArray.begin(), addToExactIndexArray.end()};

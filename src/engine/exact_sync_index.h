@@ -43,6 +43,9 @@ class ExactSyncIndex {
   // the last exact synchronisation. Meaningful only after ExactSyncFileExists(true) returned true;
   // false before.
   bool ItWasExixting(const std::string& path, int where) const;
+  // The names the index recorded directly in side `where`'s root (1 source, 0 destination) at the
+  // end of the last exact synchronisation; empty when no index is loaded.
+  std::vector<std::string> RecordedRootNames(int where) const;
   // Writes the current pair's index after its copy, taking "addToExactIndexArray" and
   // "restoreBackupDateArray" from `taskRecord`, and dates the recorded leaves with the run's
   // start. Mode 1 writes nothing when the pair already has an index file. Failures are reported

@@ -1,5 +1,6 @@
 #include "engine/folder_validation.h"
 
+#include "engine/boot_lists.h"
 #include "engine/error_path.h"
 #include "engine/privilege_messages.h"
 #include "options/settings_titles.h"
@@ -18,6 +19,29 @@ std::string HelpPageTail(const char* explains) {
 }
 
 constexpr const char* kExplainsBootDisk = "\rIt explains how to back-up the boot disk properly";
+
+// The folder `path` names with ".", ".." and links resolved. A path that does not exist yet is
+// its nearest existing folder, resolved, with the missing names after it.
+std::string CanonicalFolder(FileSystem& fs, const std::string& path) {
+  std::string existing = path;
+  std::string missing;
+  while (!existing.empty()) {
+    if (auto resolved = fs.ResolvePath(existing))
+      return missing.empty() ? resolved.Value() : ChildPath(resolved.Value(), missing);
+    const std::size_t slash = existing.rfind('/');
+    if (slash == std::string::npos || existing == "/") break;
+    const std::string name = existing.substr(slash + 1);
+    missing = missing.empty() ? name : name + "/" + missing;
+    existing = slash == 0 ? "/" : existing.substr(0, slash);
+  }
+  return path;
+}
+
+// Whether `inner` lies below `outer` (both canonical).
+bool IsInside(const std::string& inner, const std::string& outer) {
+  if (outer == "/") return inner.size() > 1 && inner.front() == '/';
+  return inner.size() > outer.size() && inner.compare(0, outer.size(), outer) == 0 && inner[outer.size()] == '/';
+}
 
 }  // namespace
 
@@ -42,7 +66,21 @@ bool FolderValidation::FoldersAreValid(const std::string& source, const std::str
     return Refuse({GLS(folderA ? "Can't set a source folder and a destination file"
                                : "Can't set a source file and a destination folder")},
                   forceToCase);
-  if (resolvedA == resolvedB) return Refuse({GLS("Cannot set equal source and destination")}, forceToCase);
+  // Two spellings of one folder are one folder; and a folder inside the other would be copied into
+  // itself (a level deeper on every run) or, in an exact backup into its parent, deleted.
+  const std::string canonicalA = CanonicalFolder(mContext.fs, resolvedA);
+  const std::string canonicalB = CanonicalFolder(mContext.fs, resolvedB);
+  if (resolvedA == resolvedB || canonicalA == canonicalB)
+    return Refuse({GLS("Cannot set equal source and destination")}, forceToCase);
+  // Inside a folder the scan never walks into (a system disk's /media, say), a destination is not
+  // copied into itself.
+  if (IsInside(canonicalB, canonicalA)) {
+    const std::size_t next = canonicalB.find('/', canonicalA == "/" ? 1 : canonicalA.size() + 1);
+    if (!IsNeverWalked(canonicalB.substr(0, next), canonicalA, canonicalB, mVolumes))
+      return Refuse({GLS("Cannot set a destination folder inside the source folder")}, forceToCase);
+  }
+  if (IsInside(canonicalA, canonicalB))
+    return Refuse({GLS("Cannot set a source folder inside the destination folder")}, forceToCase);
   if (!folderA && LastPathComponent(resolvedA) != LastPathComponent(resolvedB))
     return Refuse({GLS("Can't set 2 files with different names")}, forceToCase);
   return BootRulesHold(resolvedA, resolvedB, forceToCase);

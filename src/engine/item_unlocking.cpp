@@ -33,6 +33,8 @@ std::vector<std::string> ChainUpTo(const std::string& item, const std::string& m
 }  // namespace
 
 bool ItemUnlocking::UnlockChain(const std::string& item, const std::string& mainFolder, int check) {
+  // A dry run opens nothing, so it has nothing to put back either.
+  if (mContext.state.mDryRun) return false;
   FileSystem& fs = mContext.fs;
   const std::vector<std::string> chain = ChainUpTo(item, mainFolder);
   const std::string walkFolder = check == kCheckWritable ? item : ParentFolderOf(item);
@@ -93,6 +95,7 @@ void ItemUnlocking::AddItemDictToRestoreToPath(const std::string& path, const st
 }
 
 bool ItemUnlocking::Restore(const std::string& path, const Entry& entry) {
+  if (mContext.state.mDryRun) return true;
   FileSystem& fs = mContext.fs;
   auto attributes = fs.GetAttributes(path);
   if (!attributes) return attributes.Error().IsMissing();
@@ -131,6 +134,7 @@ void ItemUnlocking::RemoveItemOKFromRestore(const std::string& path) {
 }
 
 bool ItemUnlocking::UnlockWholeItem(const std::string& path) {
+  if (mContext.state.mDryRun) return false;
   FileSystem& fs = mContext.fs;
   auto attributes = fs.GetAttributes(path);
   if (!attributes) return false;

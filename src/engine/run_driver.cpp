@@ -52,7 +52,7 @@ void RunDriver::ExecuteSyncBackup(std::int64_t sessionIndex, int executedBy) {
   mScanSucceeded = scanned;
   NoteStopRequest();
 
-  if (mState.IsRunOn() && scanned && !mDryRun) {
+  if (mState.IsRunOn() && scanned && !mState.mDryRun) {
     const bool preview = !mState.runTaskTrees.empty() && mState.mExecutedBy == kExecutedByUser &&
                          mPreferences.IsFlagOn("prefPreview");
     if (preview) {
@@ -68,10 +68,10 @@ void RunDriver::ExecuteSyncBackup(std::int64_t sessionIndex, int executedBy) {
     }
   }
   NoteStopRequest();
-  if (mDryRun) mScannedTrees = std::move(mState.runTaskTrees);
+  if (mState.mDryRun) mScannedTrees = std::move(mState.runTaskTrees);
 
   PurgeAfterWholeSyncBackup();
-  if (!mPreviewCancelled && !mDryRun) mContext.services.log->MakeLog(mState);
+  if (!mPreviewCancelled && !mState.mDryRun) mContext.services.log->MakeLog(mState);
   ConcludeWholeSyncBackup();
   mAfterRunAction = DecideAfterRunAction();
   mStopRequested = false;
@@ -176,7 +176,7 @@ void RunDriver::PurgeAfterWholeSyncBackup() {
         // After a Stop the index and the dates would claim a run that did not finish; a dry run
         // claims nothing, and neither does a task that was skipped before its copy.
         const bool skipped = record->GetInt("taskSkipped") != 0;
-        if (!s.mUserPressedStop && !mDryRun && !skipped) {
+        if (!s.mUserPressedStop && !mState.mDryRun && !skipped) {
           s.gSourceFolder = record->GetString("gSourceFolder");
           s.gDestFolder = record->GetString("gDestFolder");
           // The record carries what the index needs: "addToExactIndexArray" and
@@ -193,7 +193,7 @@ void RunDriver::PurgeAfterWholeSyncBackup() {
         const std::int64_t errors = record->GetInt("gTotError");
         sessionErrors += errors;
         s.gGlobalError += errors;
-        if (s.mUserPressedStop || mDryRun || skipped) continue;
+        if (s.mUserPressedStop || mState.mDryRun || skipped) continue;
         // A volume that keeps no backup dates refuses them; the scan then reads "no date", which
         // is what the rules expect of such a volume.
         mContext.fs.SetBackupDate(s.gSourceFolder, s.gStartSyncDateTimeUTC);
@@ -213,7 +213,7 @@ void RunDriver::ConcludeWholeSyncBackup() {
 
 AfterRunAction RunDriver::DecideAfterRunAction() const {
   // A dry run only looked: it neither shuts down nor quits.
-  if (mDryRun) return mState.gTerminateAfterSync ? AfterRunAction::kTerminate : AfterRunAction::kNone;
+  if (mState.mDryRun) return mState.gTerminateAfterSync ? AfterRunAction::kTerminate : AfterRunAction::kNone;
   const bool stopped = mState.mUserPressedStop;
   if (mPreferences.GetInt("prefShutDown") != 0 && !stopped) return AfterRunAction::kShutDown;
   if (mPreferences.GetInt("prefQuit") != 0 && !stopped) return AfterRunAction::kQuit;

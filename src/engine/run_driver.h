@@ -54,7 +54,7 @@ class RunDriver {
 
   // A dry run scans and keeps the trees (scannedTrees) but copies nothing, runs no script,
   // creates no sub-folder, writes no index, sets no date and makes no log.
-  void SetDryRun(bool dryRun) { mDryRun = dryRun; }
+  void SetDryRun(bool dryRun) { mState.mDryRun = dryRun; }
   // Called on the worker thread with the message of every error the run records.
   void SetErrorObserver(std::function<void(const std::string&)> observer);
 
@@ -111,7 +111,6 @@ class RunDriver {
   ItemsToDoRefresher mRefresher;
 
   std::atomic<bool> mStopRequested{false};
-  bool mDryRun = false;
   bool mScanSucceeded = false;
   bool mPreviewCancelled = false;
   AfterRunAction mAfterRunAction = AfterRunAction::kNone;

@@ -22,6 +22,7 @@ bool ItemFilter::IsToBeFiltered(RunState&, const std::string&, const ItemAttribu
 
 bool ExactIndexStore::ExactSyncFileExists(RunState&, int) { return false; }
 bool ExactIndexStore::ItWasExixting(RunState&, const std::string&, int) { return false; }
+std::vector<std::string> ExactIndexStore::IndexedRootNames(RunState&, int) { return {}; }
 bool ExactIndexStore::WriteExactSyncIndex(RunState&, const PlistDict&, int) { return true; }
 
 std::optional<std::string> TaskPlanner::GetDestSubFolderName(RunState&, const std::string&) { return std::nullopt; }

@@ -76,6 +76,9 @@ class ExactIndexStore : public virtual RunRole {
   virtual bool ExactSyncFileExists(RunState& state, int which);
   // The item was in the index of the last run; `where` 0 = side B, 1 = side A.
   virtual bool ItWasExixting(RunState& state, const std::string& path, int where);
+  // The names the index of the last exact run recorded directly in side `where`'s root (0 = side
+  // B, 1 = side A). Default: none.
+  virtual std::vector<std::string> IndexedRootNames(RunState& state, int where);
   // Writes the index for a task after its copy. Default: nothing.
   virtual bool WriteExactSyncIndex(RunState& state, const PlistDict& taskRecord, int which);
 };

@@ -85,7 +85,7 @@ bool RunDriver::CheckIfCreateSubDestFolder() {
   if (mContext.fs.GetAttributes(mState.gDestFolder)) return true;
   // A dry run creates nothing: its scan sees the sub-folder as missing, which is what the run
   // would find right after creating it.
-  if (mDryRun) return true;
+  if (mState.mDryRun) return true;
   return mContext.fs.CreateFolder(mState.gDestFolder, 0777, true).Ok();
 }
 
@@ -170,7 +170,7 @@ void RunDriver::PurgeBeforeScanOneSession(std::int64_t index) {
   const PlistDict* session = Session(index);
   if (session == nullptr) return;
   // A dry run only looks: the session's scripts could change what it is looking at.
-  if (!mDryRun) mContext.services.hooks->ExecuteAppleScript(s, *session, 1);
+  if (!mState.mDryRun) mContext.services.hooks->ExecuteAppleScript(s, *session, 1);
   ReadSessionSwitches(*session, s.session);
   if (s.IsRunOn()) mContext.services.hooks->MountAllVolumesForSession(s, *session);
   PurgeBeforeScanAndCopyOneSession(index);
@@ -272,7 +272,8 @@ void RunDriver::PurgeAfterCopyOneTask(PlistDict& record) {
 
 void RunDriver::PurgeAfterCopyOneSession(std::int64_t index) {
   const PlistDict* session = Session(index);
-  if (session != nullptr && mState.IsRunOn() && !mDryRun) mContext.services.hooks->ExecuteAppleScript(mState, *session, 2);
+  if (session != nullptr && mState.IsRunOn() && !mState.mDryRun)
+    mContext.services.hooks->ExecuteAppleScript(mState, *session, 2);
 }
 
 }  // namespace marigold

@@ -63,6 +63,9 @@ struct RunTallies {
 struct RunState {
   // --- the run -----------------------------------------------------------------------------
   std::atomic<bool> mIsCopying{false};
+  // A dry run only looks: no file, folder, date, lock, permission or index may change, and no
+  // script runs. Every writer of the run asks this, not the driver.
+  bool mDryRun = false;
   bool mUserPressedStop = false;
   bool gTerminateAfterSync = false;
   int mExecutedBy = kExecutedByUser;

@@ -189,9 +189,31 @@ Decision DecideOneSide(const ItemSide& item, bool onSideA, bool isDSStore, bool 
   return DecideByIndex(item, onSideA, isDSStore, wasOnOtherSide, folderMode, rules);
 }
 
-int AttrChangedMode(int mode, const ItemSide& a, const ItemSide& b, bool namesDiffer, bool includeNames,
-                    bool isSync, std::int64_t delta, bool compareOwners) {
+AttrDifference CompareSettableAttributes(const ItemSide& a, const ItemSide& b, const MetadataExtras& extrasA,
+                                         const MetadataExtras& extrasB, bool compareOwners) {
+  const bool both = a.permissions != b.permissions || (compareOwners && (a.uid != b.uid || a.gid != b.gid)) ||
+                    extrasA.accessList != extrasB.accessList ||
+                    extrasA.defaultAccessList != extrasB.defaultAccessList;
+  // Whether every attribute of `from` is already on `to` with the same value.
+  auto covered = [](const MetadataExtras& from, const MetadataExtras& to) {
+    for (const auto& [name, value] : from.userAttributes) {
+      const auto found = to.userAttributes.find(name);
+      if (found == to.userAttributes.end() || found->second != value) return false;
+    }
+    return true;
+  };
+  return {both || !covered(extrasA, extrasB), both || !covered(extrasB, extrasA)};
+}
+
+int AttrChangedMode(int mode, const ItemSide& a, const ItemSide& b, AttrDifference difference, bool namesDiffer,
+                    bool includeNames, bool isSync, std::int64_t delta) {
   if (!a.present || !b.present) return mode;
+  // Nobody can set a status-change time, so it never says whether the items differ (a copy could
+  // not make them agree). It only says which side's attributes were changed last: that side wins
+  // in a synchronisation; a backup always carries A's.
+  const bool bChangedLast = isSync && b.statusChanged > a.statusChanged;
+  if (bChangedLast ? difference.towardA : difference.towardB)
+    mode = bChangedLast ? kCopyModeMetadataBToA : kCopyModeMetadataAToB;
   const std::int64_t tolerance = std::max<std::int64_t>(delta, 2);
   auto compare = [&](std::int64_t timeA, std::int64_t timeB) {
     const std::int64_t d = timeA - timeB;
@@ -200,9 +222,6 @@ int AttrChangedMode(int mode, const ItemSide& a, const ItemSide& b, bool namesDi
     if (isSync && -d > tolerance) return static_cast<int>(kCopyModeMetadataBToA);
     return mode;
   };
-  const bool attributesDiffer =
-      a.permissions != b.permissions || (compareOwners && (a.uid != b.uid || a.gid != b.gid));
-  if (attributesDiffer) mode = compare(a.statusChanged, b.statusChanged);
   const bool metadata = mode == kCopyModeMetadataAToB || mode == kCopyModeMetadataBToA;
   if (includeNames && !metadata && namesDiffer) mode = compare(a.accessed, b.accessed);
   return mode;

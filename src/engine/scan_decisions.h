@@ -20,7 +20,7 @@ struct ItemSide {
   bool isDirectory = false;  // a folder on disk, package or not
   bool isFolder = false;     // walked as a folder; a package that stays one item is not
   std::int64_t modified = 0;
-  std::int64_t statusChanged = 0;
+  FileTime statusChanged;  // to the nanosecond: it only orders two changes
   std::int64_t accessed = 0;
   // What a metadata copy can carry; the status-change time itself can never be set.
   std::uint32_t permissions = 0;
@@ -107,14 +107,24 @@ Decision DecideFileAgainstFolder(const ItemSide& a, const ItemSide& b, int mode,
 Decision DecideOneSide(const ItemSide& item, bool onSideA, bool isDSStore, bool wasOnOtherSide,
                        int folderMode, const ScanRules& rules);
 
-// Attribute changes: when the items' permissions (and, with `compareOwners`, their owners)
-// differ, status-change times apart by more than max(delta, 2) seconds turn `mode` into 8, or 9
-// in a synchronisation when B's is the later; when `includeNames` and the names differ in case,
-// access times apart by as much do the same. Status times alone never count: a metadata copy
-// cannot make them agree, so the items would be copied back and forth on every run. Missing
-// items leave `mode` as it is.
-int AttrChangedMode(int mode, const ItemSide& a, const ItemSide& b, bool namesDiffer, bool includeNames,
-                    bool isSync, std::int64_t delta, bool compareOwners);
+// What a metadata copy would change on each side: `towardB` when copying A's attributes onto B
+// would change B, `towardA` the other way. A user attribute that only the receiving side holds
+// stays there after a copy, so it makes no difference in that direction.
+struct AttrDifference {
+  bool towardB = false;
+  bool towardA = false;
+};
+// Compares what a metadata copy can set: the mode, the owners (with `compareOwners`, that is when
+// running as root), user extended attributes and access lists.
+AttrDifference CompareSettableAttributes(const ItemSide& a, const ItemSide& b, const MetadataExtras& extrasA,
+                                         const MetadataExtras& extrasB, bool compareOwners);
+
+// Attribute changes: when `difference` says a metadata copy would change something, `mode` turns
+// into 8 (A's attributes to B), or in a synchronisation into 9 when B's attributes were changed
+// last. Then, when `includeNames` and the names differ in case, access times apart by more than
+// max(delta, 2) seconds give 8 or 9 as well. Missing items leave `mode` as it is.
+int AttrChangedMode(int mode, const ItemSide& a, const ItemSide& b, AttrDifference difference, bool namesDiffer,
+                    bool includeNames, bool isSync, std::int64_t delta);
 
 // What is known, after its walk, about the items of a folder that was to be deleted (mode 6 or 7).
 struct FolderSurvivors {

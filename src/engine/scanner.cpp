@@ -3,11 +3,13 @@
 #include <cerrno>
 #include <utility>
 
+#include "engine/copy_log_lines.h"
 #include "engine/copy_mode.h"
 #include "engine/error_path.h"
 #include "engine/privilege_messages.h"
 #include "engine/scan_listing.h"
 #include "util/strings_table.h"
+#include "util/temporary_names.h"
 
 namespace marigold {
 
@@ -30,7 +32,7 @@ ItemSide SideOf(const ItemAttributes& attributes, bool isFolder) {
   side.isDirectory = attributes.kind == ItemKind::kFolder;
   side.isFolder = isFolder;
   side.modified = attributes.modificationTime.seconds;
-  side.statusChanged = attributes.statusTime.seconds;
+  side.statusChanged = attributes.statusTime;
   side.accessed = attributes.accessTime.seconds;
   side.permissions = attributes.mode;
   side.uid = attributes.uid;
@@ -173,15 +175,31 @@ bool Scanner::AskReplace(const ReplaceRequest& request, bool* changeDirection) {
   return pressed == kReplaceResultReplace;
 }
 
+void Scanner::RemoveLeftover(const std::string& path) {
+  // A rename temporary holds a user's item between two names: it is passed by, never removed.
+  if (mContext.state.mDryRun || TemporaryKindOf(LastPathComponent(path)) != TemporaryKind::kWork) return;
+  if (!mContext.fs.RemoveTree(path)) return;
+  mContext.errors.AppendDetailedLine(GLS("Removed the temporary item of an interrupted run") + " " + Quoted(path));
+}
+
 void Scanner::CheckAttrChanged(const std::string& source, const std::string& dest, int& copyMode,
                                bool includeNames) {
   auto a = mContext.fs.GetAttributes(source);
   auto b = mContext.fs.GetAttributes(dest);
   if (!a || !b) return;
   const bool namesDiffer = LastPathComponent(source) != LastPathComponent(dest);
-  copyMode = AttrChangedMode(copyMode, SideOf(a.Value(), false), SideOf(b.Value(), false), namesDiffer,
-                             includeNames, mContext.state.session.gIsSyncOn, mContext.state.gModificationDelta,
-                             mContext.state.mEuidIsRoot);
+  const ItemSide sideA = SideOf(a.Value(), false), sideB = SideOf(b.Value(), false);
+  copyMode = AttrChangedMode(copyMode, sideA, sideB, AttrDifferenceOf(source, dest, sideA, sideB), namesDiffer,
+                             includeNames, mContext.state.session.gIsSyncOn, mContext.state.gModificationDelta);
+}
+
+AttrDifference Scanner::AttrDifferenceOf(const std::string& pathA, const std::string& pathB, const ItemSide& a,
+                                         const ItemSide& b) {
+  // An item whose extras cannot be read compares as having none: its mode still counts.
+  auto extrasA = mContext.fs.GetMetadataExtras(pathA);
+  auto extrasB = mContext.fs.GetMetadataExtras(pathB);
+  return CompareSettableAttributes(a, b, extrasA ? extrasA.Value() : MetadataExtras{},
+                                   extrasB ? extrasB.Value() : MetadataExtras{}, mContext.state.mEuidIsRoot);
 }
 
 void Scanner::CountAdded(const ScanNode& child) {
@@ -242,8 +260,14 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
     if (!state.IsRunOn()) break;
     const std::string& name = pair.a ? pair.a->name : pair.b->name;
     const std::string& nameB = pair.b ? pair.b->name : name;
-    // Left-overs of an interrupted copy belong to the engine, not to the user.
-    if (IsTemporaryName(name) || IsTemporaryName(nameB)) continue;
+    // Left-overs of an interrupted run belong to the engine, not to the user.
+    if (IsTemporaryName(name) || IsTemporaryName(nameB)) {
+      JoinInto(a, pathA, name);
+      JoinInto(b, pathB, nameB);
+      if (pair.a) RemoveLeftover(a);
+      if (pair.b) RemoveLeftover(b);
+      continue;
+    }
     JoinInto(a, pathA, name);
     JoinInto(b, pathB, nameB);
 
@@ -291,12 +315,12 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
       const bool namesDiffer = name != nameB;
       if (isFolderA && isFolderB) {
         if (s.gCheckAttrChanged)
-          mode = AttrChangedMode(mode, sideA, sideB, namesDiffer, true, s.gIsSyncOn, mRules.modificationDelta,
-                                state.mEuidIsRoot);
+          mode = AttrChangedMode(mode, sideA, sideB, AttrDifferenceOf(a, b, sideA, sideB), namesDiffer, true,
+                                 s.gIsSyncOn, mRules.modificationDelta);
       } else {
         if (s.gCheckAttrChanged && mode == kCopyModeSkip)
-          mode = AttrChangedMode(mode, sideA, sideB, namesDiffer, true, s.gIsSyncOn, mRules.modificationDelta,
-                                state.mEuidIsRoot);
+          mode = AttrChangedMode(mode, sideA, sideB, AttrDifferenceOf(a, b, sideA, sideB), namesDiffer, true,
+                                 s.gIsSyncOn, mRules.modificationDelta);
         mode = Settle(DecideFileAgainstFolder(sideA, sideB, mode, mRules), a, b, shownA, shownB);
       }
     } else {

@@ -1,5 +1,6 @@
 // The scan: walks a task's two folders side by side and decides a copy mode for every item.
-// Nothing on disk changes during a scan. Runs on the worker thread.
+// Nothing on disk changes during a scan, except that a run that is not a dry run removes the
+// temporary items an interrupted run left behind. Runs on the worker thread.
 //
 // Each folder of each side is listed once (the listing carries every item's attributes); backup
 // dates are read only for the items whose decision depends on them. Names of the two sides match
@@ -28,8 +29,9 @@ class Scanner {
   // files: that child's name is the only item looked at.
   bool ScanSingleFolder(ScanNode& node, const std::string& pathA, const std::string& pathB, bool isRoot);
 
-  // Turns `copyMode` into 8 or 9 when the items' status times (and, with includeNames, access
-  // times of items whose names differ in case) differ by more than the tolerance.
+  // Turns `copyMode` into 8 or 9 when a metadata copy would change the items' settable attributes
+  // (or, with includeNames, when the access times of items whose names differ in case differ by
+  // more than the tolerance).
   void CheckAttrChanged(const std::string& source, const std::string& dest, int& copyMode, bool includeNames);
 
   // The replace prompt for one conflict. True to carry out `copyMode`. `changeDirection` is set
@@ -57,6 +59,13 @@ class Scanner {
   // The listings of a pair of single files: the one item under `name` on each side.
   SideListing SingleItem(const std::string& folder, const std::string& name);
   void ProbeLetterCase(const std::string& pathB, PairFacts& facts);
+  // Removes the engine's temporary item at `path` when it is a leftover work file (with a line
+  // in the detailed log); other temporaries and dry runs leave it where it is.
+  void RemoveLeftover(const std::string& path);
+  // What a metadata copy between the two items would change (reads their extended attributes and
+  // access lists).
+  AttrDifference AttrDifferenceOf(const std::string& pathA, const std::string& pathB, const ItemSide& a,
+                                  const ItemSide& b);
   // Resolves, classifies and filters one side of an item. False: the item is skipped.
   bool PrepareSide(std::string& path, ItemAttributes& attributes, bool otherSidePresent, bool& isFolder);
   void LoadBackupDate(ItemSide& side, const std::string& path);

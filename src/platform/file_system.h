@@ -87,6 +87,10 @@ class FileSystem {
   // or its file system keeps none (links never have one).
   virtual std::optional<std::int64_t> GetBackupDate(const std::string& path) = 0;
 
+  // The user extended attributes (the backup date aside) and access lists of the item; a volume
+  // that keeps none gives empty ones. Does not follow a link.
+  virtual FsResult<MetadataExtras> GetMetadataExtras(const std::string& path) = 0;
+
   // --- changing items ------------------------------------------------------------------------
 
   // Creates a folder with `mode` less the umask. Without intermediates the parent must exist and
@@ -121,8 +125,8 @@ class FileSystem {
   // --- copying -------------------------------------------------------------------------------
 
   // Copies a file, link, special item, or folder with everything inside it (a package), to
-  // `dest`, whose parent must exist. The copy is written under a temporary name holding
-  // "MGTempFile" beside `dest`, gets the source's mode, ownership (when permitted), times, user
+  // `dest`, whose parent must exist. The copy is written under a temporary name
+  // (MakeTemporaryName) beside `dest`, gets the source's mode, ownership (when permitted), times, user
   // extended attributes and access lists, then is renamed into place; on any failure nothing is
   // left behind and an existing destination is untouched. (One exception: when a replaced
   // folder cannot be removed once the new item is in place, the error's operation is "remove the
@@ -146,7 +150,7 @@ class FileSystem {
   // The mounted volume holding the item (a link is looked up by its own location).
   virtual FsResult<VolumeInfo> GetVolume(const std::string& path) = 0;
   // Whether names in this folder match ignoring case (two names differing in case are one item).
-  // May create and remove a probe file named with "MGTempFile" in the folder.
+  // May create and remove a probe file with a temporary name (MakeTemporaryName) in the folder.
   virtual FsResult<bool> IsCaseInsensitive(const std::string& folder) = 0;
 };
 

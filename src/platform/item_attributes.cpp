@@ -26,11 +26,6 @@ bool IsPackageName(std::string_view name) {
                      });
 }
 
-bool IsTemporaryName(std::string_view name) {
-  return name.find(kTemporaryFileMarker) != std::string_view::npos ||
-         name.find(kTemporaryRenameMarker) != std::string_view::npos;
-}
-
 ItemSnapshot ItemSnapshot::Of(const ItemAttributes& attributes) {
   return ItemSnapshot{true, attributes.kind, attributes.size, attributes.modificationTime};
 }

@@ -1,9 +1,10 @@
 // What the file system tells about one item, read in one call without following links, and the
-// naming conventions that classify items (invisible, package, the engine's own temporary names).
+// naming conventions that classify items (invisible, package).
 #pragma once
 
 #include <compare>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,13 +44,18 @@ struct ItemAttributes {
   bool IsReallyFolder() const { return kind == ItemKind::kFolder && !isPackage; }
 };
 
+// What a metadata copy carries besides the mode and owners, as far as attribute checking compares
+// it. The backup date is the engine's own record of a run, not an attribute of the user's.
+struct MetadataExtras {
+  std::map<std::string, std::string> userAttributes;  // user.* names and values
+  std::string accessList;         // the extended access list as text; empty when the mode says it all
+  std::string defaultAccessList;  // a folder's default access list as text; empty when it has none
+  bool operator==(const MetadataExtras&) const = default;
+};
+
 // The extensions that make a folder a package (one list, compared ignoring ASCII case).
 inline constexpr std::string_view kPackageExtensions[] = {
     "app", "bundle", "framework", "plugin", "kext", "pkg", "mpkg", "rtfd", "xpc", "appex"};
-
-// Markers of the engine's own temporary items; a name holding one is never a user item.
-inline constexpr std::string_view kTemporaryFileMarker = "MGTempFile";
-inline constexpr std::string_view kTemporaryRenameMarker = "Marigold_Temporary_Name";
 
 // The last path component ("b" for "/a/b/", "/" for "/").
 std::string_view LastPathComponent(std::string_view path);
@@ -57,8 +63,6 @@ std::string_view LastPathComponent(std::string_view path);
 bool IsInvisibleName(std::string_view name);
 // Whether a folder with this name is a package: its extension is one of kPackageExtensions.
 bool IsPackageName(std::string_view name);
-// Whether the name holds one of the engine's temporary markers.
-bool IsTemporaryName(std::string_view name);
 
 // What the engine remembers of an item at scan time, to see before it overwrites or deletes the
 // item whether someone changed it since.

@@ -11,13 +11,13 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
-#include <random>
 #include <vector>
 
 #include "platform/file_data_copy.h"
 #include "platform/linux_file_system.h"
 #include "platform/linux_metadata.h"
 #include "platform/linux_paths.h"
+#include "util/temporary_names.h"
 
 namespace marigold {
 
@@ -26,14 +26,6 @@ using namespace linux_detail;
 namespace {
 
 constexpr std::string_view kCopy = "copy";
-
-std::string TemporaryName() {
-  static thread_local std::mt19937_64 generator{std::random_device{}()};
-  char text[32];
-  std::snprintf(text, sizeof text, ".%s-%016llx", kTemporaryFileMarker.data(),
-                static_cast<unsigned long long>(generator()));
-  return text;
-}
 
 // `name` in the folder holding `path`.
 std::string SiblingPath(std::string path, const std::string& name) {
@@ -216,7 +208,7 @@ FsStatus Install(int folder, const std::string& temporary, const AtPath& dest, b
   if (::renameat2(folder, from, folder, dest.Name(), RENAME_EXCHANGE) != 0) {
     if (errno != EINVAL && errno != ENOSYS) return ErrnoError(kCopy, destPath);
     // No exchange on this volume: move the old item aside, then the new one in.
-    old = TemporaryName();
+    old = MakeTemporaryName();
     if (::renameat2(folder, dest.Name(), folder, old.c_str(), RENAME_NOREPLACE) != 0 &&
         ::renameat(folder, dest.Name(), folder, old.c_str()) != 0)
       return ErrnoError(kCopy, destPath);
@@ -252,7 +244,7 @@ FsResult<CopyReport> LinuxFileSystem::CopyItem(const std::string& source, const 
 
   std::string temporary;
   for (int attempt = 0; attempt < 100 && temporary.empty(); ++attempt) {
-    std::string candidate = TemporaryName();
+    std::string candidate = MakeTemporaryName();
     struct stat info {};
     if (::fstatat(folder, candidate.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT)
       temporary = candidate;

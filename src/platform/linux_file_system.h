@@ -16,6 +16,7 @@ class LinuxFileSystem final : public FileSystem {
   FsResult<std::string> ResolvePath(const std::string& path) override;
   FsStatus CheckAccess(const std::string& path, int mode) override;
   std::optional<std::int64_t> GetBackupDate(const std::string& path) override;
+  FsResult<MetadataExtras> GetMetadataExtras(const std::string& path) override;
 
   FsStatus CreateFolder(const std::string& path, std::uint32_t mode,
                         bool withIntermediates) override;

@@ -89,6 +89,17 @@ AclPtr OwnAcl(acl_t acl) { return AclPtr(acl, &::acl_free); }
 
 bool IsExtended(acl_t acl) { return ::acl_equiv_mode(acl, nullptr) != 0; }
 
+// The access list of `type` as text: empty when there is none, or when an access list only
+// repeats the mode.
+std::string AccessListText(const std::string& path, acl_type_t type) {
+  auto acl = OwnAcl(::acl_get_file(path.c_str(), type));
+  if (!acl) return {};
+  acl_t list = static_cast<acl_t>(acl.get());
+  if (type == ACL_TYPE_ACCESS ? !IsExtended(list) : ::acl_entries(list) <= 0) return {};
+  std::unique_ptr<char, int (*)(void*)> text(::acl_to_any_text(list, nullptr, ',', 0), &::acl_free);
+  return text ? std::string(text.get()) : std::string();
+}
+
 // A new item may have inherited access lists from its folder's default list, so the destination
 // is always looked at.
 FsStatus CopyAccessLists(const AtPath& source, const ItemAttributes& sourceAttributes,
@@ -288,6 +299,26 @@ FsStatus LinuxFileSystem::SetBackupDate(const std::string& path, std::int64_t un
   if (::lsetxattr(at.Value().ProcPath().c_str(), kBackupDateAttribute, text.data(), text.size(), 0) != 0)
     return ErrnoError(kOperation, path);
   return FsStatus::Success();
+}
+
+FsResult<MetadataExtras> LinuxFileSystem::GetMetadataExtras(const std::string& path) {
+  constexpr std::string_view kOperation = "read metadata";
+  auto at = AtPath::Resolve(path, kOperation);
+  if (!at) return at.Error();
+  auto attributes = StatAt(at.Value().Dir(), at.Value().Name(), LastPathComponent(path), path);
+  if (!attributes) return attributes.Error();
+  const std::string proc = at.Value().ProcPath();
+  MetadataExtras extras;
+  for (const std::string& name : linux_detail::UserAttributeNames(proc)) {
+    if (name == kBackupDateAttribute) continue;
+    if (auto value = linux_detail::ReadAttribute(proc, name.c_str())) extras.userAttributes[name] = std::move(*value);
+  }
+  // Access lists are read through the path, which would follow a link: a link has none.
+  if (attributes.Value().kind == ItemKind::kSymlink) return extras;
+  extras.accessList = linux_detail::AccessListText(proc, ACL_TYPE_ACCESS);
+  if (attributes.Value().kind == ItemKind::kFolder)
+    extras.defaultAccessList = linux_detail::AccessListText(proc, ACL_TYPE_DEFAULT);
+  return extras;
 }
 
 FsStatus LinuxFileSystem::CopyMetadata(const std::string& source, const std::string& dest) {

@@ -10,12 +10,12 @@
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
-#include <random>
 #include <unordered_set>
 
 #include "platform/linux_file_system.h"
 #include "platform/linux_paths.h"
 #include "platform/mount_table.h"
+#include "util/temporary_names.h"
 
 namespace marigold {
 
@@ -147,8 +147,7 @@ FsResult<bool> LinuxFileSystem::IsCaseInsensitive(const std::string& folder) {
   }
 
   // Unknown volume type: ask the folder itself with a probe file.
-  static thread_local std::mt19937_64 generator{std::random_device{}()};
-  std::string probe = "." + std::string(kTemporaryFileMarker) + "-case-" + std::to_string(generator());
+  std::string probe = MakeTemporaryName();
   UniqueFd made(::openat(fd.Get(), probe.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (made.Valid()) {
     auto same = FoundUnderOtherCase(fd.Get(), SwapCase(probe));

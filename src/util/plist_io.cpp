@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "util/plist_guard.h"
+#include "util/temporary_names.h"
 
 namespace marigold {
 namespace {
@@ -236,17 +237,15 @@ std::string ToXmlPlist(const PlistValue& value) {
 
 bool WriteFileAtomically(const std::string& path, std::string_view bytes, std::string* error) {
   std::string folder = ".";
-  std::string name = path;
-  if (auto slash = path.rfind('/'); slash != std::string::npos) {
-    folder = slash == 0 ? "/" : path.substr(0, slash);
-    name = path.substr(slash + 1);
+  if (auto slash = path.rfind('/'); slash != std::string::npos) folder = slash == 0 ? "/" : path.substr(0, slash);
+  std::string temp;
+  int fd = -1;
+  for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+    temp = (folder == "/" ? "" : folder) + "/" + MakeTemporaryName();
+    fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd < 0 && errno != EEXIST) break;
   }
-  std::string temp = (folder == "/" ? "" : folder) + "/." + name + ".MGTempFile.XXXXXX";
-  std::vector<char> templ(temp.begin(), temp.end());
-  templ.push_back('\0');
-  int fd = ::mkostemp(templ.data(), O_CLOEXEC);
   if (fd < 0) return Fail(error, ErrnoText("cannot create a file in", folder));
-  temp.assign(templ.data());
 
   mode_t mode = 0;
   struct stat existing {};

@@ -89,7 +89,17 @@ std::optional<PlistDate> PlistDict::GetDate(std::string_view key) const {
   return std::nullopt;
 }
 
-bool PlistDict::operator==(const PlistDict& other) const { return mItems == other.mItems; }
+bool PlistDict::operator==(const PlistDict& other) const {
+  // A dictionary is its keys and values: files written by other tools (keys sorted, say) compare
+  // equal to ours. Keys are unique, so equal sizes and every key found equal make equal dicts.
+  if (mItems.size() != other.mItems.size()) return false;
+  for (std::size_t i = 0; i < mItems.size(); ++i) {
+    const Item& item = mItems[i];
+    const PlistValue* theirs = other.mItems[i].first == item.first ? &other.mItems[i].second : other.Find(item.first);
+    if (theirs == nullptr || !(*theirs == item.second)) return false;
+  }
+  return true;
+}
 
 std::int64_t PlistValue::NumberOr(std::int64_t fallback) const {
   if (const auto* i = AsInteger()) return *i;

@@ -66,6 +66,7 @@ class PlistDict {
   const PlistData* GetData(std::string_view key) const;
   std::optional<PlistDate> GetDate(std::string_view key) const;
 
+  // Equal keys with equal values, whatever their order.
   bool operator==(const PlistDict& other) const;
 
  private:

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -171,6 +172,24 @@ TEST_F(DocEdit, AFailedWriteExitsOneAndKeepsTheOldFile) {
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.err.find("Can't write the file"), std::string::npos) << result.err;
   EXPECT_TRUE(StateOf(locked) == before);
+}
+
+// Another property-list tool may write the keys in another order; blank filter rows stay blank.
+TEST_F(DocEdit, RowsWithSortedKeysAreStillBlank) {
+  PlistDict root = Written();
+  for (std::int64_t i = 0; i < SessionCount(root); ++i) {
+    for (PlistValue& value : *GetSessionDict(root, i)->GetDict("filterDict")->GetArray("filterArray")) {
+      const PlistDict row = *value.AsDict();
+      std::vector<std::string> keys = row.Keys();
+      std::sort(keys.rbegin(), keys.rend());
+      PlistDict sorted;
+      for (const std::string& key : keys) sorted.Set(key, *row.Find(key));
+      value = sorted;
+    }
+  }
+  ASSERT_TRUE(WriteXmlPlistFile(file, PlistValue(root)));
+  CliResult set = Run({"doc", "set", "settingsDict.settExact=1"});
+  EXPECT_EQ(set.status, 0) << set.err;
 }
 
 }  // namespace

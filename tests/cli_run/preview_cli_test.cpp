@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-#include "cli/cli_runner.h"
+#include "support/cli_runner.h"
 #include "support/tree_values.h"
 
 namespace marigold::cli_testing {

@@ -14,6 +14,7 @@
 #include "copy_harness.h"
 #include "engine/scanner.h"
 #include "support/temp_folder.h"
+#include "util/temporary_names.h"
 
 namespace marigold::test {
 namespace {

@@ -82,15 +82,20 @@ TEST(ScanOnLinux, TreeDeeperThanPathMax) {
   EXPECT_EQ(h.state.gTotError, 0);
 }
 
-TEST(ScanOnLinux, TemporariesOfAnInterruptedCopyAreNotUserItems) {
-  TempTree a{{{"doc.MGTempFile-7", "half"}, {"gone/Marigold_Temporary_Name", "x"}, {"gone/old", "x"}}};
-  TempTree b{{{".MGTempFile-case-1", "probe"}}};
+TEST(ScanOnLinux, OnlyTheEnginesOwnTemporariesAreLeftOutAndLeftoversGo) {
+  TempTree a{{{"notes-MGTempFile.txt", "mine"}, {".MGTempFile-0123456789abcdef", "half"},
+              {"gone/.MGTempFile-fedcba9876543210", "x"}, {"gone/old", "x"}}};
+  TempTree b{{{"Marigold_Temporary_Name", "mine too"}}};
   ScanHarness h{TaskKind::kExactSync};
+  h.state.gMakeDetailedLog = true;
   h.services.indexed = {b / "gone", b / "gone/old"};
   ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
   // The folder still goes as a whole: a temporary inside is no reason to keep it.
-  EXPECT_EQ(h.Modes(), (std::map<std::string, int>{{"gone", 6}, {"gone/old", 6}}));
-  EXPECT_EQ(h.state.scan.gAFilesScanned + h.state.scan.gBFilesScanned, 1);
+  EXPECT_EQ(h.Modes(), (std::map<std::string, int>{
+                           {"Marigold_Temporary_Name", 3}, {"gone", 6}, {"gone/old", 6}, {"notes-MGTempFile.txt", 2}}));
+  EXPECT_EQ(ReadTree(a.Path()).count(".MGTempFile-0123456789abcdef"), 0u);
+  EXPECT_EQ(ReadTree(a.Path()).count("gone/.MGTempFile-fedcba9876543210"), 0u);
+  EXPECT_NE(h.state.gDetailedLogText.find(a / ".MGTempFile-0123456789abcdef"), std::string::npos);
 }
 
 }  // namespace

@@ -63,6 +63,7 @@ class TweakedFileSystem : public FileSystem {
   FsResult<std::string> ResolvePath(const std::string& p) override { return mReal.ResolvePath(p); }
   FsStatus CheckAccess(const std::string& p, int m) override { return mReal.CheckAccess(p, m); }
   std::optional<std::int64_t> GetBackupDate(const std::string& p) override { return mReal.GetBackupDate(p); }
+  FsResult<MetadataExtras> GetMetadataExtras(const std::string& p) override { return mReal.GetMetadataExtras(p); }
   FsStatus CreateFolder(const std::string& p, std::uint32_t m, bool i) override { return mReal.CreateFolder(p, m, i); }
   FsStatus RemoveItem(const std::string& p) override { return mReal.RemoveItem(p); }
   FsStatus RemoveTree(const std::string& p) override { return mReal.RemoveTree(p); }

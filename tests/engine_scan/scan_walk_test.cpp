@@ -232,7 +232,7 @@ TEST(Scan, AttributeChangesBecomeMetadataCopies) {
   ScanHarness backup{TaskKind::kBackup, &fs};  // a backup never writes to side A
   backup.state.session.gCheckAttrChanged = true;
   ASSERT_TRUE(backup.Scan(a.Path(), b.Path()));
-  EXPECT_EQ(backup.Modes(), (std::map<std::string, int>{{"f", 8}}));
+  EXPECT_EQ(backup.Modes(), (std::map<std::string, int>{{"d", 8}, {"f", 8}}));
 
   int mode = 0;
   h.scanner.CheckAttrChanged(a / "f", b / "f", mode, false);

@@ -5,6 +5,7 @@
 #include "platform/item_attributes.h"
 #include "platform/item_names.h"
 #include "platform/mount_table.h"
+#include "util/temporary_names.h"
 
 namespace marigold {
 namespace {
@@ -33,12 +34,17 @@ TEST(ItemNames, WhatANameSays) {
   for (const Case& c : {Case{".hidden", true, false, false}, Case{"Photo.App", false, true, false},
                         Case{"x.framework", false, true, false}, Case{".app", true, false, false},
                         Case{"notes.txt", false, false, false}, Case{"app", false, false, false},
-                        Case{".MGTempFile-1a2b", true, false, true},
-                        Case{"doc Marigold_Temporary_Name", false, false, true}}) {
+                        Case{".MGTempFile-0123456789abcdef", true, false, true},
+                        Case{".MGTempFile-1a2b", true, false, false},
+                        Case{"notes-MGTempFile.txt", false, false, false},
+                        Case{"doc Marigold_Temporary_Name", false, false, false},
+                        Case{"Marigold_Temporary_Name-0123456789abcdef", false, false, true}}) {
     EXPECT_EQ(IsInvisibleName(c.name), c.invisible) << c.name;
     EXPECT_EQ(IsPackageName(c.name), c.package) << c.name;
     EXPECT_EQ(IsTemporaryName(c.name), c.temporary) << c.name;
   }
+  EXPECT_TRUE(IsTemporaryName(MakeTemporaryName()));
+  EXPECT_TRUE(IsTemporaryName(MakeTemporaryName(TemporaryKind::kRename)));
   EXPECT_EQ(LastPathComponent("/a/b/"), "b");
   EXPECT_EQ(LastPathComponent("/"), "/");
   EXPECT_EQ(LastPathComponent("plain"), "plain");

@@ -27,6 +27,7 @@ std::string_view FsOperationName(FsOperation operation) {
     case FsOperation::kGetFreeSpace: return "get free space";
     case FsOperation::kGetVolume: return "find volume";
     case FsOperation::kIsCaseInsensitive: return "probe letter case";
+    case FsOperation::kGetMetadataExtras: return "read metadata";
   }
   return "file operation";
 }
@@ -197,6 +198,9 @@ FsResult<VolumeInfo> FaultFileSystem::GetVolume(const std::string& path) {
 }
 FsResult<bool> FaultFileSystem::IsCaseInsensitive(const std::string& folder) {
   MARIGOLD_FORWARD(FsOperation::kIsCaseInsensitive, folder, {}, mInner.IsCaseInsensitive(folder));
+}
+FsResult<MetadataExtras> FaultFileSystem::GetMetadataExtras(const std::string& path) {
+  MARIGOLD_FORWARD(FsOperation::kGetMetadataExtras, path, {}, mInner.GetMetadataExtras(path));
 }
 
 #undef MARIGOLD_FORWARD

@@ -22,7 +22,7 @@ enum class FsOperation {
   kGetAttributes, kListFolder, kReadLink, kResolvePath, kCheckAccess, kGetBackupDate,
   kCreateFolder, kRemoveItem, kRemoveTree, kRename, kSetTimes, kSetMode, kSetOwner, kSetLocked,
   kSetBackupDate, kCopyItem, kCopyMetadata, kMoveToTrash, kGetFreeSpace, kGetVolume,
-  kIsCaseInsensitive,
+  kIsCaseInsensitive, kGetMetadataExtras,
 };
 
 // The operation's name as FsError::operation carries it ("rename", "copy", ...).
@@ -79,6 +79,7 @@ class FaultFileSystem final : public FileSystem {
   FsResult<std::string> ResolvePath(const std::string& path) override;
   FsStatus CheckAccess(const std::string& path, int mode) override;
   std::optional<std::int64_t> GetBackupDate(const std::string& path) override;
+  FsResult<MetadataExtras> GetMetadataExtras(const std::string& path) override;
   FsStatus CreateFolder(const std::string& path, std::uint32_t mode,
                         bool withIntermediates) override;
   FsStatus RemoveItem(const std::string& path) override;

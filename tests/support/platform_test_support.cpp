@@ -14,6 +14,7 @@
 
 #include "platform/linux_file_system.h"
 #include "platform/tree_walk.h"
+#include "util/temporary_names.h"
 
 namespace marigold::test {
 
@@ -120,7 +121,7 @@ int CountTemporaryItems(const std::string& folder) {
   DIR* dir = ::opendir(folder.c_str());
   if (dir == nullptr) return -1;
   while (struct dirent* d = ::readdir(dir))
-    if (std::string(d->d_name).find("MGTempFile") != std::string::npos) ++count;
+    if (IsTemporaryName(d->d_name)) ++count;
   ::closedir(dir);
   return count;
 }
