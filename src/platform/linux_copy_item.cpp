@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
-#include <random>
 #include <vector>
 
 #include "platform/file_data_copy.h"
@@ -26,23 +25,6 @@ using namespace linux_detail;
 namespace {
 
 constexpr std::string_view kCopy = "copy";
-
-std::string TemporaryName() {
-  static thread_local std::mt19937_64 generator{std::random_device{}()};
-  char text[32];
-  std::snprintf(text, sizeof text, ".%s-%016llx", kTemporaryFileMarker.data(),
-                static_cast<unsigned long long>(generator()));
-  return text;
-}
-
-// `name` in the folder holding `path`.
-std::string SiblingPath(std::string path, const std::string& name) {
-  while (path.size() > 1 && path.back() == '/') path.pop_back();
-  std::string_view leaf = LastPathComponent(path);
-  std::string folder = path.substr(0, path.size() - leaf.size());
-  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
-  return folder.empty() ? name : ChildOf(folder, name);
-}
 
 CopyMethod Slowest(CopyMethod a, CopyMethod b) { return a > b ? a : b; }
 

@@ -80,6 +80,13 @@ FsStatus RemoveTreeAt(int folderFd, const char* name, const std::string& pathFor
 // `folder` + "/" + `name`, without doubling a trailing "/".
 std::string ChildOf(const std::string& folder, std::string_view name);
 
+// A fresh name for an item being built beside its destination: hidden, holding "MGTempFile" so
+// scans pass over it, and random so that two writers never pick the same one.
+std::string TemporaryName();
+
+// `name` in the folder holding `path`.
+std::string SiblingPath(std::string path, const std::string& name);
+
 // Every name an open folder holds except "." and "..", in the order the folder gives them.
 FsResult<std::vector<std::string>> ReadFolderNames(DIR* folder, std::string_view operation,
                                                    const std::string& pathForErrors);

@@ -8,7 +8,7 @@
 
 #include "support/temp_folder.h"
 #include "support/tree_values.h"
-#include "util/plist_io.h"
+#include "platform/plist_files.h"
 #include "model/document_model.h"
 #include "build_paths.h"
 
@@ -98,7 +98,7 @@ TEST(RunConfirmation, NamesTheMultipleListOfADocumentSession) {
   session.GetDict("consoleDict")->Set("bottomFolder", temp.Join("B"));
   session.GetDict("multiDict")->Set("multiOn", 1);
   document.Set("sessionIndex", 1);
-  ASSERT_TRUE(WriteXmlPlistFile(temp.Join("doc.mgy"), PlistValue(document)));
+  ASSERT_TRUE(WriteXmlPlistFile(SystemFileSystem(), temp.Join("doc.mgy"), PlistValue(document)));
 
   const Shell shell = Marigold(temp, {"run", temp.Join("doc.mgy"), "--interactive"}, "n\n");
 
