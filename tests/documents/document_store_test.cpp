@@ -112,8 +112,11 @@ TEST_F(DocumentFiles, AFailedSaveKeepsTheOldFileAndLeavesNoTemporary) {
     EXPECT_FALSE(store.WriteFileSession(path));
     ASSERT_EQ(prompts.Alerts().size(), 1u);
     EXPECT_EQ(prompts.Alerts()[0].text, "Can't write the file \"" + path + "\" to the disk.");
-    EXPECT_EQ(trees::Read(folder.Path()), c.hasOld ? trees::Tree{{"doc.mgy", "old"}} : trees::Tree{});
-    if (c.hasOld) EXPECT_EQ(ModeOf(path), 0644u);
+    const trees::Tree left = c.hasOld ? trees::Tree{{"doc.mgy", "old"}} : trees::Tree{};
+    EXPECT_EQ(trees::Read(folder.Path()), left);
+    if (c.hasOld) {
+      EXPECT_EQ(ModeOf(path), 0644u);
+    }
   }
 }
 
