@@ -16,7 +16,7 @@ TEST(ConflictsPanel, TheIndicatorIsLitWhenAnyRuleDiffersFromTheDefaults) {
   EXPECT_EQ(ConflictsPanel::SetIconOn(DefaultSessionDict(1, "new")), "icnOptOn_Conflicts_0");
   for (const ConflictRule& rule : ConflictRules()) {
     PlistDict radio = DefaultConflictsDict();
-    radio.Set(rule.radioKey, rule.defaultTag == kConflictRadioTag1 ? kConflictRadioTag2 : kConflictRadioTag1);
+    radio.Set(rule.radioKey, radio.GetInt(rule.radioKey) == kConflictRadioTag1 ? kConflictRadioTag2 : kConflictRadioTag1);
     EXPECT_EQ(ConflictsPanel::SetIconOn(SessionWith(radio)), "icnOptOn_Conflicts_1") << rule.radioKey;
     PlistDict ask = DefaultConflictsDict();
     ask.Set(rule.askKey, 1);

@@ -165,7 +165,7 @@ class NamingServices : public RecordingServices {
     naming.now = DateFromUnixSeconds(1709647629);  // 5 March 2024, 14:07:09 UTC
     naming.localeName = "en_US";
     naming.timeZoneId = "UTC";
-    return DestSubFolderNameForTask(state, source, naming);
+    return DestSubFolderNameForTask(state.session, state.sessionIndex, source, naming);
   }
 };
 
