@@ -25,7 +25,7 @@ class SilentProxy : public marigold::AppkitProxy {
  public:
   int Alert(const marigold::AlertRequest&) override { return 0; }
   int AskReplace(const marigold::ReplaceRequest&) override { return marigold::kReplaceResultSkip; }
-  bool ShowPreview(std::vector<marigold::TaskTree>&) override { return true; }
+  bool ShowPreview(marigold::PreviewEditor&) override { return true; }
 };
 
 double Seconds(Clock::time_point since) { return std::chrono::duration<double>(Clock::now() - since).count(); }

@@ -33,7 +33,7 @@ class QuietProxy : public AppkitProxy {
  public:
   int Alert(const AlertRequest&) override { return 0; }
   int AskReplace(const ReplaceRequest&) override { return kReplaceResultSkip; }
-  bool ShowPreview(std::vector<TaskTree>&) override { return true; }
+  bool ShowPreview(PreviewEditor&) override { return true; }
 };
 
 class FilterServices : public RunServices, public ItemFilter {

@@ -1,8 +1,6 @@
 #include "app/document_store.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
@@ -10,6 +8,7 @@
 
 #include "model/document_model.h"
 #include "app/document_upgrade.h"
+#include "platform/plist_files.h"
 #include "util/plist_io.h"
 #include "util/quillon_additions.h"
 #include "util/strings_table.h"
@@ -29,31 +28,14 @@ AlertRequest CriticalAlert(std::string text) {
   return request;
 }
 
-// A file that will hold passwords should never be readable by others, not even between the
-// write and the change of mode: give the target 0700 before the write so the new file inherits
-// it. Returns true when it created an empty placeholder that must go if the write fails.
-bool ProtectBeforeWrite(const std::string& path) {
-  struct stat existing {};
-  if (::lstat(path.c_str(), &existing) == 0) {
-    // A link is replaced by the write, so the file it points to is none of our business.
-    if (S_ISREG(existing.st_mode)) ::chmod(path.c_str(), 0700);
-    return false;
-  }
-  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0700);
-  if (fd < 0) return false;
-  ::close(fd);
-  return true;
-}
-
 }  // namespace
 
-DocumentStore::DocumentStore(std::string templatePath, AppPrompts& prompts)
-    : pathFileDocTemplate(std::move(templatePath)), mPrompts(prompts) {}
+DocumentStore::DocumentStore(std::string templatePath, AppPrompts& prompts, FileSystem& fs)
+    : pathFileDocTemplate(std::move(templatePath)), mPrompts(prompts), mFs(fs) {}
 
 bool DocumentStore::ReadDocumentFile(const std::string& path) {
-  struct stat info {};
-  if (path.empty() || ::stat(path.c_str(), &info) != 0 || S_ISDIR(info.st_mode)) return false;
-  std::optional<PlistDict> loaded = ReadPlistDictFile(path);
+  if (path.empty()) return false;
+  std::optional<PlistDict> loaded = ReadPlistDictFile(mFs, path);
   if (!loaded) return false;
   const PlistValue* versionValue = loaded->Find("fileVersion");
   // Only a number is a version; any other value is as good as none.
@@ -80,25 +62,17 @@ bool DocumentStore::WriteFileSession(const std::string& path) {
   mMainDict.Set("fileVersion", kFileVersion);
   const bool isTemplate = path == pathFileDocTemplate;
   const bool hasPassword = !isTemplate && VolumeListContainsPassword(mMainDict, false);
-  const bool createdPlaceholder = hasPassword && ProtectBeforeWrite(path);
-
-  std::string reason;
-  bool written = WriteXmlPlistFile(path, PlistValue(mMainDict));
-  if (!written) {
-    if (createdPlaceholder) ::unlink(path.c_str());
-  } else if (isTemplate || !hasPassword) {
-    return true;
-  } else if (SetRWXNoAccessNoAccessToFile(path)) {
-    return true;
-  } else {
-    // The text names rw------- although the mode asked for is rwx------; both are kept as they are.
-    ::unlink(path.c_str());
-    reason = GLS(
-        "because it contains passwords to connect to remote volumes, and I cannot set the file "
-        "permissions to rw-------");
-  }
+  // A file holding passwords is never readable by others, not even while it is being written.
+  const std::optional<std::uint32_t> mode = hasPassword ? std::optional<std::uint32_t>(0700) : std::nullopt;
+  const FsStatus written = WriteXmlPlistFile(mFs, path, PlistValue(mMainDict), mode);
+  if (written) return true;
   std::string text = GLS("Can't write the file") + " \"" + path + "\" " + GLS("to the disk");
-  if (!reason.empty()) text += " " + reason;
+  if (hasPassword && written.Error().operation == "set mode") {
+    // The text names rw------- although the mode asked for is rwx------; both are kept as they are.
+    text += " " + GLS(
+                      "because it contains passwords to connect to remote volumes, and I cannot set the file "
+                      "permissions to rw-------");
+  }
   text += ".";
   mPrompts.Alert(CriticalAlert(std::move(text)));
   return false;
@@ -108,8 +82,8 @@ bool DocumentStore::isDocumentToBeSaved() const {
   if (!isDocumentOpen || isDocumentTemplate || mMainDict.empty()) return false;
   // Compared as values, not as text: a file another tool wrote (binary, or keys in another order)
   // holding the same document needs no saving.
-  const std::optional<PlistDict> saved =
-      pathDocumentFile.empty() ? std::optional<PlistDict>(NewTemplate()) : ReadPlistDictFile(pathDocumentFile);
+  const std::optional<PlistDict> saved = pathDocumentFile.empty() ? std::optional<PlistDict>(NewTemplate())
+                                                                  : ReadPlistDictFile(mFs, pathDocumentFile);
   return !saved || !(*saved == mMainDict);
 }
 
@@ -132,14 +106,6 @@ bool VolumeListContainsPassword(PlistDict& root, bool removePasswords) {
     }
   }
   return found;
-}
-
-bool SetRWXNoAccessNoAccessToFile(const std::string& path) {
-  return ::chmod(path.c_str(), 0700) == 0;
-}
-
-bool SetRWXForAllUsersToFile(const std::string& path) {
-  return ::chmod(path.c_str(), 0777) == 0;
 }
 
 bool IsFileEqualToFile(const std::string& path, const std::string& other) {

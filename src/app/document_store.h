@@ -5,14 +5,16 @@
 #include <string>
 
 #include "app/app_prompts.h"
+#include "platform/file_system.h"
 #include "util/plist_value.h"
 
 namespace marigold {
 
 class DocumentStore {
  public:
-  // `templatePath` is the template file; `prompts` shows the alerts reading and writing need.
-  DocumentStore(std::string templatePath, AppPrompts& prompts);
+  // `templatePath` is the template file; `prompts` shows the alerts reading and writing need;
+  // every file is read and written through `fs`.
+  DocumentStore(std::string templatePath, AppPrompts& prompts, FileSystem& fs = SystemFileSystem());
 
   // Loads `path` into the main dictionary and upgrades it. False, silently, for a missing path,
   // a folder, a file that is not a dictionary property list, one without a numeric fileVersion,
@@ -24,7 +26,8 @@ class DocumentStore {
   // no session or a session that is not a dictionary.
   bool UpdateDocumentFile(std::int64_t version);
   // Stamps fileVersion 420 and writes the main dictionary atomically as XML; gives the file mode
-  // 0700 when a session holds a volume password (except for the template). Alerts on failure.
+  // 0700 when a session holds a volume password (except for the template). Alerts on failure,
+  // and the file is then as it was.
   bool WriteFileSession(const std::string& path);
   // Serialisation differs from the document's file (or from a new template when it has none).
   bool isDocumentToBeSaved() const;
@@ -43,15 +46,12 @@ class DocumentStore {
  private:
   PlistDict mMainDict;
   AppPrompts& mPrompts;
+  FileSystem& mFs;
 };
 
 // True when a session holds a non-empty volume password; with `removePasswords`, empties every
 // such password and reports whether any was found.
 bool VolumeListContainsPassword(PlistDict& root, bool removePasswords);
-// Mode 0700 on the file. False on failure.
-bool SetRWXNoAccessNoAccessToFile(const std::string& path);
-// Mode 0777 on the file. False on failure.
-bool SetRWXForAllUsersToFile(const std::string& path);
 // Compares two files' contents in chunks of 262144 bytes.
 bool IsFileEqualToFile(const std::string& path, const std::string& other);
 

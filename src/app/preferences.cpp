@@ -1,12 +1,9 @@
 #include "app/preferences.h"
 
-#include <unistd.h>
-
 #include <cmath>
 
-#include "app/document_store.h"
 #include "logging/email_account.h"
-#include "util/plist_io.h"
+#include "platform/plist_files.h"
 #include "util/quillon_additions.h"
 #include "util/well_scramble.h"
 
@@ -52,7 +49,8 @@ PlistDict GetDefaultPreferencesDict(const std::string& defaultLogFolder, bool is
   };
 }
 
-Preferences::Preferences(AppPaths paths, bool isRoot) : mPaths(std::move(paths)), mIsRoot(isRoot) {}
+Preferences::Preferences(AppPaths paths, bool isRoot, FileSystem& fs)
+    : mPaths(std::move(paths)), mIsRoot(isRoot), mFs(fs) {}
 
 PlistDict& Preferences::dict() {
   if (!mPrefs) mPrefs.emplace();
@@ -69,19 +67,19 @@ void Preferences::InitPreferences() {
 }
 
 std::optional<PlistDict> Preferences::FindStoredPreferences() {
-  if (auto file = ReadPlistDictFile(mPaths.preferencesFile)) {
+  if (auto file = ReadPlistDictFile(mFs, mPaths.preferencesFile)) {
     if (const PlistDict* stored = file->GetDict(kPreferencesKey)) return *stored;
   }
   // The platform's per-user defaults database, the next place the original looked, has no
   // counterpart on Linux; the previous version's own file follows directly.
   std::optional<PlistDict> found;
-  if (auto previous = ReadPlistDictFile(mPaths.previousPrefsFile)) {
+  if (auto previous = ReadPlistDictFile(mFs, mPaths.previousPrefsFile)) {
     if (const PlistDict* stored = previous->GetDict(kPreviousPreferencesKey)) found = *stored;
     else found = std::move(previous);
   }
   // Once the search has come this far the old files have served their purpose, found or not.
-  ::unlink(mPaths.previousPrefsFile.c_str());
-  ::unlink(mPaths.olderPrefsFile.c_str());
+  mFs.RemoveItem(mPaths.previousPrefsFile);
+  mFs.RemoveItem(mPaths.olderPrefsFile);
   return found;
 }
 
@@ -144,16 +142,16 @@ bool Preferences::WriteFilePreferences(bool withWindowState, const WindowState& 
   prefs.Set("versionPref", kVersionPref);
   if (prefs.GetInt("versionApp") <= kVersionApp - 1) prefs.Set("versionApp", kVersionApp);
 
-  const std::optional<PlistDict> stored = ReadPlistDictFile(mPaths.preferencesFile);
+  const std::optional<PlistDict> stored = ReadPlistDictFile(mFs, mPaths.preferencesFile);
   PlistDict file = stored.value_or(PlistDict());
   file.Set(kPreferencesKey, prefs);
   // Every command starts by reading the preferences; a file that already says the same is left
   // alone, so a look at the folders (a dry run) changes nothing, and two fsyncs are saved.
   if (stored && *stored == file) return true;
-  if (!WriteXmlPlistFile(mPaths.preferencesFile, file)) return false;
+  if (!WriteXmlPlistFile(mFs, mPaths.preferencesFile, file)) return false;
   // A root instance writes the user's own file; the user's next ordinary instance must still be
   // able to rewrite it.
-  if (mIsRoot) SetRWXForAllUsersToFile(mPaths.preferencesFile);
+  if (mIsRoot) mFs.SetMode(mPaths.preferencesFile, 0777);
   return true;
 }
 

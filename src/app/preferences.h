@@ -11,6 +11,7 @@
 #include <string>
 
 #include "app/app_paths.h"
+#include "platform/file_system.h"
 #include "util/plist_value.h"
 
 namespace marigold {
@@ -34,7 +35,8 @@ struct WindowState {
 
 class Preferences {
  public:
-  Preferences(AppPaths paths, bool isRoot);
+  // Every file is read and written through `fs`.
+  Preferences(AppPaths paths, bool isRoot, FileSystem& fs = SystemFileSystem());
 
   // Loads the stored dictionary (or the defaults when `reset` or when none is found), upgrades
   // it, and writes the file back. Returns the write's result.
@@ -62,6 +64,7 @@ class Preferences {
 
   AppPaths mPaths;
   bool mIsRoot;
+  FileSystem& mFs;
   std::optional<PlistDict> mPrefs;
 };
 

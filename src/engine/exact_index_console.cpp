@@ -11,7 +11,7 @@ namespace marigold {
 std::optional<std::string> LastExactSyncLine(const std::string& source, const std::string& dest,
                                              const std::string& indexFolder) {
   if (source.empty() || dest.empty()) return std::nullopt;
-  std::optional<FoundPairIndex> found = FindPairIndex(indexFolder, source, dest, false);
+  std::optional<FoundPairIndex> found = FindPairIndex(SystemFileSystem(), indexFolder, source, dest, false);
   if (!found || !found->file.lastExactSyncDate) return std::nullopt;
   const auto seconds = static_cast<std::time_t>(UnixSecondsFromDate(*found->file.lastExactSyncDate));
   std::tm local{};

@@ -1,10 +1,8 @@
 #include "engine/exact_index_main.h"
 
-#include <sys/stat.h>
-
-#include "util/path_join.h"
 #include "engine/exact_index_names.h"
-#include "util/plist_io.h"
+#include "platform/plist_files.h"
+#include "util/path_join.h"
 
 namespace marigold {
 namespace {
@@ -17,10 +15,8 @@ bool IsPlainFileName(std::string_view name) {
          name.find('\0') == std::string_view::npos;
 }
 
-bool IsRegularFile(const std::string& path) {
-  struct stat st {};
-  return ::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
-}
+// A name nothing can be found under is free.
+bool IsTaken(FileSystem& fs, const std::string& path) { return fs.GetAttributes(path).Ok(); }
 
 }  // namespace
 
@@ -54,11 +50,11 @@ PlistDict MakeMainIndexEntry(const std::string& source, const std::string& dest,
                    {"indexFileName", fileName}};
 }
 
-std::optional<FoundPairIndex> FindPairIndex(const std::string& indexFolder, const std::string& source,
+std::optional<FoundPairIndex> FindPairIndex(FileSystem& fs, const std::string& indexFolder, const std::string& source,
                                             const std::string& dest, bool withTrees, PlistDict* mainIndex) {
   const std::string mainPath = JoinPath(indexFolder, std::string(kMainIndexFileName));
-  if (!IsRegularFile(mainPath)) return std::nullopt;
-  std::optional<PlistDict> main = ReadPlistDictFile(mainPath);
+  // Reading refuses anything but a file (links followed).
+  std::optional<PlistDict> main = ReadPlistDictFile(fs, mainPath);
   if (!main || !IsReadableIndexVersion(main->Find("fileVersion"))) return std::nullopt;
   const PlistArray* entries = main->GetArray("indexFilesList");
   if (entries == nullptr || entries->empty()) return std::nullopt;
@@ -69,8 +65,7 @@ std::optional<FoundPairIndex> FindPairIndex(const std::string& indexFolder, cons
     if (!entry || MatchPair(entry->source, entry->dest, source, dest) == PairOrientation::kNone) continue;
     if (!entry->fileName) continue;
     const std::string filePath = JoinPath(indexFolder, *entry->fileName);
-    if (!IsRegularFile(filePath)) continue;
-    std::optional<PairIndexFile> file = ReadPairIndexFile(filePath, withTrees);
+    std::optional<PairIndexFile> file = ReadPairIndexFile(fs, filePath, withTrees);
     if (!file || !file->fileVersion || *file->fileVersion > kExactIndexFileVersion) continue;
     if (!file->absolutePathSource || !file->absolutePathDest) continue;
     const PairOrientation orientation = MatchPair(*file->absolutePathSource, *file->absolutePathDest, source, dest);
@@ -81,17 +76,16 @@ std::optional<FoundPairIndex> FindPairIndex(const std::string& indexFolder, cons
   return found;
 }
 
-std::optional<std::string> FindUniqueIndexName(const std::string& folder) {
+std::optional<std::string> FindUniqueIndexName(FileSystem& fs, const std::string& folder) {
   const std::string_view name = kPairIndexFileName;
   const std::size_t dot = name.rfind('.');
   const std::string stem(name.substr(0, dot));
   const std::string extension(name.substr(dot));
-  struct stat st {};
-  if (::lstat(JoinPath(folder, std::string(name)).c_str(), &st) != 0) return std::string(name);
+  if (!IsTaken(fs, JoinPath(folder, std::string(name)))) return std::string(name);
   for (int n = 1; n <= kMaxNameTries; ++n) {
     std::string candidate = stem + " " + std::to_string(n) + extension;
     if (candidate.size() > kMaxNameLength) return std::nullopt;
-    if (::lstat(JoinPath(folder, candidate).c_str(), &st) != 0) return candidate;
+    if (!IsTaken(fs, JoinPath(folder, candidate))) return candidate;
   }
   return std::nullopt;
 }

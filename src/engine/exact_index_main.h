@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "engine/exact_index_reader.h"
+#include "platform/file_system.h"
 #include "util/plist_value.h"
 
 namespace marigold {
@@ -52,12 +53,12 @@ struct FoundPairIndex {
 // readable version with a non-empty "indexFilesList"; the first entry matching (`source`,
 // `dest`) whose file is a readable index of the same pair wins. `mainIndex` receives the main
 // index when one was read.
-std::optional<FoundPairIndex> FindPairIndex(const std::string& indexFolder, const std::string& source,
+std::optional<FoundPairIndex> FindPairIndex(FileSystem& fs, const std::string& indexFolder, const std::string& source,
                                             const std::string& dest, bool withTrees, PlistDict* mainIndex = nullptr);
 
 // A name in `folder` that nothing holds yet: "MG3ExactSyncIndex.plist", else
 // "MG3ExactSyncIndex 1.plist" ... "MG3ExactSyncIndex 10000.plist". Nothing when every one is
 // taken.
-std::optional<std::string> FindUniqueIndexName(const std::string& folder);
+std::optional<std::string> FindUniqueIndexName(FileSystem& fs, const std::string& folder);
 
 }  // namespace marigold

@@ -1,10 +1,6 @@
 #include "engine/exact_index_reader.h"
 
-#include <fcntl.h>
 #include <plist/plist.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <charconv>
 #include <cmath>
@@ -299,23 +295,10 @@ std::optional<PairIndexFile> ParsePairIndex(std::string_view bytes, bool withTre
   return ParseForeign(bytes, withTrees);
 }
 
-std::optional<PairIndexFile> ReadPairIndexFile(const std::string& path, bool withTrees) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return std::nullopt;
-  struct stat st {};
-  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_size <= 0) {
-    ::close(fd);
-    return std::nullopt;
-  }
-  const auto size = static_cast<std::size_t>(st.st_size);
-  // Mapped, not read: the pages of a large index can be dropped again while its tree is built.
-  void* mapped = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
-  ::close(fd);
-  if (mapped == MAP_FAILED) return std::nullopt;
-  ::madvise(mapped, size, MADV_SEQUENTIAL);
-  std::optional<PairIndexFile> file = ParsePairIndex(std::string_view(static_cast<const char*>(mapped), size), withTrees);
-  ::munmap(mapped, size);
-  return file;
+std::optional<PairIndexFile> ReadPairIndexFile(FileSystem& fs, const std::string& path, bool withTrees) {
+  FsResult<FileBytes> bytes = fs.ReadFile(path, UINT64_MAX);
+  if (!bytes) return std::nullopt;
+  return ParsePairIndex(bytes.Value().View(), withTrees);
 }
 
 }  // namespace marigold

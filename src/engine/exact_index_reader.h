@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "engine/exact_index_tree.h"
+#include "platform/file_system.h"
 #include "util/plist_value.h"
 
 namespace marigold {
@@ -40,6 +41,6 @@ struct PairIndexFile {
 std::optional<PairIndexFile> ParsePairIndex(std::string_view bytes, bool withTrees);
 
 // Reads the file at `path` (it must be a regular file; a link is followed) with ParsePairIndex.
-std::optional<PairIndexFile> ReadPairIndexFile(const std::string& path, bool withTrees);
+std::optional<PairIndexFile> ReadPairIndexFile(FileSystem& fs, const std::string& path, bool withTrees);
 
 }  // namespace marigold

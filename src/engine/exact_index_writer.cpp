@@ -1,12 +1,6 @@
 #include "engine/exact_index_writer.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <ctime>
-#include <vector>
+#include <utility>
 
 #include "engine/exact_index_names.h"
 #include "engine/exact_index_xml.h"
@@ -21,61 +15,32 @@ constexpr std::size_t kFlushAt = 1 << 20;
 
 IndexXmlWriter::~IndexXmlWriter() { Abandon(); }
 
-void IndexXmlWriter::Fail() {
-  if (!mFailed) mErrno = errno;
-  mFailed = true;
-  mBuffer.clear();
-}
-
-bool IndexXmlWriter::Open(const std::string& target, std::int64_t fileVersion) {
+bool IndexXmlWriter::Open(FileSystem& fs, const std::string& target, std::int64_t fileVersion) {
   Abandon();
-  mTarget = target;
-  mFailed = false;
-  mErrno = 0;
   mDepth = 1;
-  const std::size_t slash = target.rfind('/');
-  const std::string folder = slash == std::string::npos ? std::string() : target.substr(0, slash + 1);
-  for (int attempt = 0; attempt < 100 && mFd < 0; ++attempt) {
-    mTemporary = folder + MakeTemporaryName();
-    mFd = ::open(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (mFd < 0 && errno != EEXIST) break;
-  }
-  if (mFd < 0) {
-    mTemporary.clear();
-    Fail();
-    return false;
-  }
-  mode_t mask = ::umask(0);
-  ::umask(mask);
-  if (::fchmod(mFd, 0666 & ~mask) != 0) Fail();
+  auto file = fs.StartFileWrite(target, std::nullopt);
+  if (!file) return false;
+  mFile = std::move(file).Value();
   mBuffer.reserve(kFlushAt + 4096);
   Append(kIndexXmlSignature);
   Append("\n\t<integer>" + std::to_string(fileVersion) + "</integer>\n");
-  return !mFailed;
+  return mFile != nullptr;
 }
 
+// A failed write drops the file (its temporary goes with it); what follows is then ignored.
 void IndexXmlWriter::Flush() {
-  std::size_t written = 0;
-  while (!mFailed && written < mBuffer.size()) {
-    const ssize_t n = ::write(mFd, mBuffer.data() + written, mBuffer.size() - written);
-    if (n < 0 && errno == EINTR) continue;
-    if (n < 0) {
-      Fail();
-      return;
-    }
-    written += static_cast<std::size_t>(n);
-  }
+  if (mFile && !mFile->Write(mBuffer)) mFile.reset();
   mBuffer.clear();
 }
 
 void IndexXmlWriter::Append(std::string_view text) {
-  if (mFailed || mFd < 0) return;
+  if (!mFile) return;
   mBuffer.append(text);
   if (mBuffer.size() >= kFlushAt) Flush();
 }
 
 void IndexXmlWriter::AppendQuoted(std::string_view text) {
-  if (mFailed || mFd < 0) return;
+  if (!mFile) return;
   std::size_t start = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
@@ -89,7 +54,7 @@ void IndexXmlWriter::AppendQuoted(std::string_view text) {
 }
 
 void IndexXmlWriter::Indent() {
-  if (mFailed || mFd < 0) return;
+  if (!mFile) return;
   mBuffer.append(static_cast<std::size_t>(mDepth), '\t');
 }
 
@@ -156,38 +121,16 @@ void IndexXmlWriter::Leaf(std::string_view name) {
 }
 
 bool IndexXmlWriter::Commit() {
-  if (mFd < 0) return false;
   Append("</dict>\n</plist>\n");
   Flush();
-  if (!mFailed && ::fsync(mFd) != 0) Fail();
-  if (::close(mFd) != 0 && !mFailed) Fail();
-  mFd = -1;
-  if (!mFailed && ::rename(mTemporary.c_str(), mTarget.c_str()) != 0) Fail();
-  if (mFailed) {
-    ::unlink(mTemporary.c_str());
-    mTemporary.clear();
-    return false;
-  }
-  mTemporary.clear();
-  const std::size_t slash = mTarget.rfind('/');
-  const std::string folder = slash == std::string::npos ? "." : (slash == 0 ? "/" : mTarget.substr(0, slash));
-  const int dirFd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (dirFd >= 0) {
-    ::fsync(dirFd);
-    ::close(dirFd);
-  }
-  return true;
+  if (!mFile) return false;
+  const bool committed = mFile->Commit().Ok();
+  mFile.reset();
+  return committed;
 }
 
 void IndexXmlWriter::Abandon() {
-  if (mFd >= 0) {
-    ::close(mFd);
-    mFd = -1;
-  }
-  if (!mTemporary.empty()) {
-    ::unlink(mTemporary.c_str());
-    mTemporary.clear();
-  }
+  mFile.reset();
   mBuffer.clear();
 }
 

@@ -5,9 +5,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "platform/file_system.h"
 #include "util/plist_value.h"
 
 namespace marigold {
@@ -19,10 +21,9 @@ class IndexXmlWriter {
   IndexXmlWriter(const IndexXmlWriter&) = delete;
   IndexXmlWriter& operator=(const IndexXmlWriter&) = delete;
 
-  // Creates the temporary file for `target` and writes the XML prologue, the opening of the top
-  // dictionary and its first item, "fileVersion". False (with `failed()`) when the folder
-  // refuses it.
-  bool Open(const std::string& target, std::int64_t fileVersion);
+  // Starts the file that is to replace `target` on `fs` and writes the XML prologue, the opening
+  // of the top dictionary and its first item, "fileVersion". False when the folder refuses it.
+  bool Open(FileSystem& fs, const std::string& target, std::int64_t fileVersion);
 
   // Elements of the top dictionary or of a tree. Names and paths are escaped (see
   // exact_index_names.h) and XML-quoted here. After a failure they do nothing.
@@ -40,23 +41,15 @@ class IndexXmlWriter {
   // Removes the temporary file; the target is untouched.
   void Abandon();
 
-  bool failed() const { return mFailed; }
-  int error() const { return mErrno; }  // errno of the first failure
-
  private:
   void Append(std::string_view text);
   void AppendQuoted(std::string_view text);
   void Indent();
   void Flush();
-  void Fail();
 
-  int mFd = -1;
-  std::string mTarget;
-  std::string mTemporary;
+  std::unique_ptr<FileWriter> mFile;  // none before Open, after a failure and once committed
   std::string mBuffer;
   int mDepth = 0;
-  bool mFailed = false;
-  int mErrno = 0;
 };
 
 }  // namespace marigold

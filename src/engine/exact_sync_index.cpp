@@ -1,8 +1,6 @@
 #include "engine/exact_sync_index.h"
 
-#include <sys/stat.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include <algorithm>
 
@@ -11,7 +9,7 @@
 #include "engine/exact_index_main.h"
 #include "engine/exact_index_names.h"
 #include "engine/exact_index_writer.h"
-#include "util/plist_io.h"
+#include "platform/plist_files.h"
 #include "util/strings_table.h"
 
 namespace marigold {
@@ -27,15 +25,20 @@ enum WriteFailure {
   kCannotWritePair,
 };
 
-bool IsFolderAt(const std::string& path) {
-  struct stat st {};
-  return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+// What stands at `path`, a link followed (a linked index folder is used where it points).
+ItemKind KindAt(FileSystem& fs, const std::string& path) {
+  FsResult<ItemAttributes> attributes = fs.GetAttributes(path);
+  if (attributes && attributes.Value().kind == ItemKind::kSymlink) {
+    FsResult<std::string> target = fs.ResolvePath(path);
+    if (target) attributes = fs.GetAttributes(target.Value());
+  }
+  return attributes ? attributes.Value().kind : ItemKind::kUnknown;
 }
 
-bool ExistsAt(const std::string& path) {
-  struct stat st {};
-  return ::lstat(path.c_str(), &st) == 0;
-}
+bool IsFolderAt(FileSystem& fs, const std::string& path) { return KindAt(fs, path) == ItemKind::kFolder; }
+bool IsFileAt(FileSystem& fs, const std::string& path) { return KindAt(fs, path) == ItemKind::kFile; }
+
+bool ExistsAt(FileSystem& fs, const std::string& path) { return fs.GetAttributes(path).Ok(); }
 
 std::vector<std::string> PathsOf(const PlistDict& record, std::string_view key) {
   std::vector<std::string> paths;
@@ -75,7 +78,7 @@ bool ExactSyncIndex::ExactSyncFileExists(bool load) {
   const bool exactSync = s.session.gIsExactOn && s.session.gIsSyncOn;
   PlistDict mainIndex;
   std::optional<FoundPairIndex> found =
-      FindPairIndex(mIndexFolder, s.gSourceFolder, s.gDestFolder, load && exactSync, &mainIndex);
+      FindPairIndex(mContext->fs, mIndexFolder, s.gSourceFolder, s.gDestFolder, load && exactSync, &mainIndex);
   if (!found) return false;
   mLastExactSyncDate = found->file.lastExactSyncDate;
   if (!load) return true;
@@ -125,11 +128,13 @@ bool ExactSyncIndex::ExactSyncFileExists(bool load) {
 }
 
 bool ExactSyncIndex::RemovePairIndex(const std::string& filePath, std::size_t entryPosition, PlistDict mainIndex) {
-  ::unlink(filePath.c_str());
+  mContext->fs.RemoveItem(filePath);
   PlistArray* entries = mainIndex.GetArray("indexFilesList");
   if (entries == nullptr || entryPosition >= entries->size()) return false;
   entries->erase(entries->begin() + static_cast<std::ptrdiff_t>(entryPosition));
-  return WriteXmlPlistFile(JoinPath(mIndexFolder, std::string(kMainIndexFileName)), PlistValue(std::move(mainIndex)));
+  return WriteXmlPlistFile(mContext->fs, JoinPath(mIndexFolder, std::string(kMainIndexFileName)),
+                           PlistValue(std::move(mainIndex)))
+      .Ok();
 }
 
 bool ExactSyncIndex::ItWasExixting(const std::string& path, int where) const {
@@ -182,32 +187,33 @@ bool ExactSyncIndex::ReportWriteFailure(int which, const std::string& path) {
 
 std::optional<std::string> ExactSyncIndex::PrepareIndexFile(int mode) {
   RunState& s = State();
+  FileSystem& fs = mContext->fs;
   const std::string mainPath = JoinPath(mIndexFolder, std::string(kMainIndexFileName));
   // Without its folder or its main index the other pairs' files cannot be trusted: start over.
-  if (!IsFolderAt(mIndexFolder) || !ExistsAt(mainPath) || IsFolderAt(mainPath)) {
-    if (ExistsAt(mIndexFolder) && !mContext->fs.RemoveTree(mIndexFolder)) {
+  if (!IsFolderAt(fs, mIndexFolder) || !ExistsAt(fs, mainPath) || IsFolderAt(fs, mainPath)) {
+    if (ExistsAt(fs, mIndexFolder) && !fs.RemoveTree(mIndexFolder)) {
       ReportWriteFailure(kCannotDeleteFolder, mIndexFolder);
       return std::nullopt;
     }
-    if (!mContext->fs.CreateFolder(mIndexFolder, 0777, false)) {
+    if (!fs.CreateFolder(mIndexFolder, 0777, false)) {
       ReportWriteFailure(kCannotCreateFolder, mIndexFolder);
       return std::nullopt;
     }
   }
-  if (!ExistsAt(mainPath) &&
-      !WriteXmlPlistFile(mainPath, PlistValue(PlistDict{{"fileVersion", kExactIndexFileVersion}}))) {
+  if (!ExistsAt(fs, mainPath) &&
+      !WriteXmlPlistFile(fs, mainPath, PlistValue(PlistDict{{"fileVersion", kExactIndexFileVersion}}))) {
     ReportWriteFailure(kCannotCreateMain, mainPath);
     return std::nullopt;
   }
 
-  PlistDict mainIndex = ReadPlistDictFile(mainPath).value_or(PlistDict());
+  PlistDict mainIndex = ReadPlistDictFile(fs, mainPath).value_or(PlistDict());
   if (!IsReadableIndexVersion(mainIndex.Find("fileVersion"))) {
     mainIndex.Set("fileVersion", kExactIndexFileVersion);
     mainIndex.Remove("indexFilesList");
   }
   if (mainIndex.GetArray("indexFilesList") == nullptr) {
     mainIndex.Set("indexFilesList", PlistArray());
-    if (!WriteXmlPlistFile(mainPath, PlistValue(mainIndex))) {
+    if (!WriteXmlPlistFile(fs, mainPath, PlistValue(mainIndex))) {
       ReportWriteFailure(kCannotUpdateMain, mainPath);
       return std::nullopt;
     }
@@ -219,18 +225,17 @@ std::optional<std::string> ExactSyncIndex::PrepareIndexFile(int mode) {
     if (!entry || !entry->fileName) continue;
     if (MatchPair(entry->source, entry->dest, s.gSourceFolder, s.gDestFolder) == PairOrientation::kNone) continue;
     std::string filePath = JoinPath(mIndexFolder, *entry->fileName);
-    struct stat st {};
-    if (mode == 1 && ::stat(filePath.c_str(), &st) == 0 && S_ISREG(st.st_mode)) return std::nullopt;
+    if (mode == 1 && IsFileAt(fs, filePath)) return std::nullopt;
     return filePath;
   }
 
-  std::optional<std::string> name = FindUniqueIndexName(mIndexFolder);
+  std::optional<std::string> name = FindUniqueIndexName(fs, mIndexFolder);
   if (!name) {
     ReportWriteFailure(kNoUniqueName, JoinPath(mIndexFolder, std::string(kPairIndexFileName)));
     return std::nullopt;
   }
   entries.emplace_back(MakeMainIndexEntry(s.gSourceFolder, s.gDestFolder, *name));
-  if (!WriteXmlPlistFile(mainPath, PlistValue(mainIndex))) {
+  if (!WriteXmlPlistFile(fs, mainPath, PlistValue(mainIndex))) {
     ReportWriteFailure(kCannotAddEntry, mainPath);
     return std::nullopt;
   }
@@ -252,7 +257,7 @@ bool ExactSyncIndex::WriteExactSyncIndex(int mode, const PlistDict& taskRecord) 
   // The trees are walked even when the file cannot be opened: the leaves' backup dates are part
   // of the run's result, whatever becomes of the index.
   IndexXmlWriter writer;
-  writer.Open(*filePath, kExactIndexFileVersion);
+  writer.Open(mContext->fs, *filePath, kExactIndexFileVersion);
   writer.KeyPath("absolutePathSource", s.gSourceFolder);
   writer.KeyPath("absolutePathDest", s.gDestFolder);
   writer.KeyDate("lastExactSyncDate", s.gStartSyncDateTime);

@@ -1,5 +1,7 @@
 #include "platform/file_system.h"
 
+#include "platform/linux_file_system.h"
+
 namespace marigold {
 
 FsResult<bool> StillMatches(FileSystem& fs, const std::string& path, const ItemSnapshot& snapshot) {
@@ -9,6 +11,11 @@ FsResult<bool> StillMatches(FileSystem& fs, const std::string& path, const ItemS
     return now.Error();
   }
   return snapshot.Matches(ItemSnapshot::Of(now.Value()));
+}
+
+FileSystem& SystemFileSystem() {
+  static LinuxFileSystem fs;
+  return fs;
 }
 
 }  // namespace marigold

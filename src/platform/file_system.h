@@ -11,12 +11,14 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/fs_result.h"
 #include "platform/item_attributes.h"
+#include "platform/whole_file.h"
 
 namespace marigold {
 
@@ -143,6 +145,17 @@ class FileSystem {
   // item stays where it is and the error has FsProblem::kCannotTrash; it is never deleted instead.
   virtual FsStatus MoveToTrash(const std::string& path) = 0;
 
+  // --- whole files (documents, preferences, indexes) ------------------------------------------
+
+  // The bytes of a regular file; follows links. EISDIR for a folder, EINVAL for any other kind of
+  // item, EFBIG when the file holds more than `maxBytes`.
+  virtual FsResult<FileBytes> ReadFile(const std::string& path, std::uint64_t maxBytes) = 0;
+  // Starts replacing the file at `path` (or making it): a temporary file holding "MGTempFile" is
+  // created beside it with `mode`, or else the existing target's mode, or else 0666 less the
+  // umask. A private `mode` is set before any byte is written. The parent must exist.
+  virtual FsResult<std::unique_ptr<FileWriter>> StartFileWrite(const std::string& path,
+                                                               std::optional<std::uint32_t> mode) = 0;
+
   // --- volumes -------------------------------------------------------------------------------
 
   // Bytes available to unprivileged users on the volume holding `path` (follows links).
@@ -157,5 +170,8 @@ class FileSystem {
 // Whether the item at `path` is still what `snapshot` recorded (see ItemSnapshot::Matches).
 // A missing item matches an absent snapshot; errors other than a missing item are returned.
 FsResult<bool> StillMatches(FileSystem& fs, const std::string& path, const ItemSnapshot& snapshot);
+
+// The real file system, for the parts of the programs that are not given another one.
+FileSystem& SystemFileSystem();
 
 }  // namespace marigold

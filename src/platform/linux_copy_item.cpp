@@ -27,15 +27,6 @@ namespace {
 
 constexpr std::string_view kCopy = "copy";
 
-// `name` in the folder holding `path`.
-std::string SiblingPath(std::string path, const std::string& name) {
-  while (path.size() > 1 && path.back() == '/') path.pop_back();
-  std::string_view leaf = LastPathComponent(path);
-  std::string folder = path.substr(0, path.size() - leaf.size());
-  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
-  return folder.empty() ? name : ChildOf(folder, name);
-}
-
 CopyMethod Slowest(CopyMethod a, CopyMethod b) { return a > b ? a : b; }
 
 class ItemCopier {

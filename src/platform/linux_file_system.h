@@ -35,6 +35,10 @@ class LinuxFileSystem final : public FileSystem {
   FsStatus CopyMetadata(const std::string& source, const std::string& dest) override;
   FsStatus MoveToTrash(const std::string& path) override;
 
+  FsResult<FileBytes> ReadFile(const std::string& path, std::uint64_t maxBytes) override;
+  FsResult<std::unique_ptr<FileWriter>> StartFileWrite(const std::string& path,
+                                                       std::optional<std::uint32_t> mode) override;
+
   FsResult<std::uint64_t> GetFreeSpace(const std::string& path) override;
   FsResult<VolumeInfo> GetVolume(const std::string& path) override;
   FsResult<bool> IsCaseInsensitive(const std::string& folder) override;

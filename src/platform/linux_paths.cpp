@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
+#include <random>
 #include <utility>
 
 namespace marigold::linux_detail {
@@ -32,6 +34,14 @@ std::string ChildOf(const std::string& folder, std::string_view name) {
   if (path.empty() || path.back() != '/') path += '/';
   path += name;
   return path;
+}
+
+std::string SiblingPath(std::string path, const std::string& name) {
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  std::string_view leaf = LastPathComponent(path);
+  std::string folder = path.substr(0, path.size() - leaf.size());
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  return folder.empty() ? name : ChildOf(folder, name);
 }
 
 FsResult<std::vector<std::string>> ReadFolderNames(DIR* folder, std::string_view operation,

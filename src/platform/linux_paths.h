@@ -80,6 +80,9 @@ FsStatus RemoveTreeAt(int folderFd, const char* name, const std::string& pathFor
 // `folder` + "/" + `name`, without doubling a trailing "/".
 std::string ChildOf(const std::string& folder, std::string_view name);
 
+// `name` in the folder holding `path`.
+std::string SiblingPath(std::string path, const std::string& name);
+
 // Every name an open folder holds except "." and "..", in the order the folder gives them.
 FsResult<std::vector<std::string>> ReadFolderNames(DIR* folder, std::string_view operation,
                                                    const std::string& pathForErrors);

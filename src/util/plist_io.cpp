@@ -137,10 +137,6 @@ plist_t ToNode(const PlistValue& value) {
   return plist_new_string("");
 }
 
-std::string ErrnoText(const char* what, const std::string& path) {
-  return std::string(what) + " \"" + path + "\": " + std::strerror(errno);
-}
-
 }  // namespace
 
 std::optional<PlistValue> ParsePlist(std::string_view bytes, std::string* error,
@@ -216,7 +212,11 @@ std::optional<PlistDict> ReadPlistDictFile(const std::string& path, std::string*
     Fail(error, std::strerror(errno));
     return std::nullopt;
   }
-  std::optional<PlistValue> value = ParsePlist(*bytes, error, limits);
+  return ParsePlistDict(*bytes, error, limits);
+}
+
+std::optional<PlistDict> ParsePlistDict(std::string_view bytes, std::string* error, const PlistLimits& limits) {
+  std::optional<PlistValue> value = ParsePlist(bytes, error, limits);
   if (!value) return std::nullopt;
   if (!value->IsDict()) {
     Fail(error, "it does not hold a dictionary");
@@ -233,65 +233,6 @@ std::string ToXmlPlist(const PlistValue& value) {
   std::string text(xml ? xml : "", xml ? length : 0);
   plist_to_xml_free(xml);
   return text;
-}
-
-bool WriteFileAtomically(const std::string& path, std::string_view bytes, std::string* error) {
-  std::string folder = ".";
-  if (auto slash = path.rfind('/'); slash != std::string::npos) folder = slash == 0 ? "/" : path.substr(0, slash);
-  std::string temp;
-  int fd = -1;
-  for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
-    temp = (folder == "/" ? "" : folder) + "/" + MakeTemporaryName();
-    fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (fd < 0 && errno != EEXIST) break;
-  }
-  if (fd < 0) return Fail(error, ErrnoText("cannot create a file in", folder));
-
-  mode_t mode = 0;
-  struct stat existing {};
-  if (::stat(path.c_str(), &existing) == 0) {
-    mode = existing.st_mode & 07777;
-  } else {
-    mode_t mask = ::umask(0);
-    ::umask(mask);
-    mode = 0666 & ~mask;
-  }
-
-  auto abandon = [&](const char* what, const std::string& subject) {
-    std::string message = ErrnoText(what, subject);
-    ::close(fd);
-    ::unlink(temp.c_str());
-    return Fail(error, message);
-  };
-  std::size_t written = 0;
-  while (written < bytes.size()) {
-    ssize_t n = ::write(fd, bytes.data() + written, bytes.size() - written);
-    if (n < 0 && errno == EINTR) continue;
-    if (n < 0) return abandon("cannot write", path);
-    written += static_cast<std::size_t>(n);
-  }
-  if (::fchmod(fd, mode) != 0) return abandon("cannot set the permissions of", path);
-  if (::fsync(fd) != 0) return abandon("cannot write", path);
-  if (::close(fd) != 0) {
-    std::string message = ErrnoText("cannot write", path);
-    ::unlink(temp.c_str());
-    return Fail(error, message);
-  }
-  if (::rename(temp.c_str(), path.c_str()) != 0) {
-    std::string message = ErrnoText("cannot replace", path);
-    ::unlink(temp.c_str());
-    return Fail(error, message);
-  }
-  int dirFd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (dirFd >= 0) {
-    ::fsync(dirFd);
-    ::close(dirFd);
-  }
-  return true;
-}
-
-bool WriteXmlPlistFile(const std::string& path, const PlistValue& value, std::string* error) {
-  return WriteFileAtomically(path, ToXmlPlist(value), error);
 }
 
 }  // namespace marigold

@@ -1,5 +1,4 @@
-// Reading and writing property lists: any encoding in (XML or binary), XML out, files written
-// atomically. Input is checked for nesting depth, object-graph size and cycles before the parser
+// Reading and writing property lists: any encoding in (XML or binary), XML out. Input is checked for nesting depth, object-graph size and cycles before the parser
 // sees it, so a hostile or damaged file is refused instead of exhausting the stack or memory.
 #pragma once
 
@@ -23,6 +22,10 @@ struct PlistLimits {
 std::optional<PlistValue> ParsePlist(std::string_view bytes, std::string* error = nullptr,
                                      const PlistLimits& limits = {});
 
+// ParsePlist for a root that must be a dictionary.
+std::optional<PlistDict> ParsePlistDict(std::string_view bytes, std::string* error = nullptr,
+                                        const PlistLimits& limits = {});
+
 // Reads a file whose root must be a dictionary. Follows symbolic links. Never modifies the file.
 // The reason given on failure does not name the file: the caller does.
 std::optional<PlistDict> ReadPlistDictFile(const std::string& path, std::string* error = nullptr,
@@ -30,16 +33,6 @@ std::optional<PlistDict> ReadPlistDictFile(const std::string& path, std::string*
 
 // The XML serialisation; the same value always gives the same bytes.
 std::string ToXmlPlist(const PlistValue& value);
-
-// Writes `bytes` to `path` atomically: a temporary file in the same folder, fsync, rename over
-// the target, fsync of the folder. An existing target keeps its mode; a new one gets 0666 less
-// the umask. On failure the target is untouched and no temporary file remains.
-bool WriteFileAtomically(const std::string& path, std::string_view bytes,
-                         std::string* error = nullptr);
-
-// ToXmlPlist + WriteFileAtomically.
-bool WriteXmlPlistFile(const std::string& path, const PlistValue& value,
-                       std::string* error = nullptr);
 
 // Whole-file read, for comparisons and small files; nothing when it cannot be read.
 std::optional<std::string> ReadWholeFile(const std::string& path, std::size_t maxBytes = std::size_t{1} << 30);

@@ -4,6 +4,7 @@
 
 #include "model/document_model.h"
 #include "support/cli_runner.h"
+#include "platform/plist_files.h"
 #include "util/plist_io.h"
 #include "util/well_scramble.h"
 #include "build_paths.h"
@@ -102,7 +103,7 @@ TEST(PrefsCommand, ShowsThePreferencesWithTheMailPasswordMasked) {
   EXPECT_FALSE(std::filesystem::exists(h.home() + "/.config")) << "XDG_CONFIG_HOME is honoured";
 
   PlistDict account{{"mSendEmailTo", "you@x.org"}, {"mSendEmailSMTP", "smtp.x.org"}, {"mSendEmailPassword", "hunter2"}};
-  ASSERT_TRUE(WriteXmlPlistFile(h.PreferencesFile(),
+  ASSERT_TRUE(WriteXmlPlistFile(SystemFileSystem(), h.PreferencesFile(),
                                 PlistDict{{"MGPrivatePreferences",
                                            PlistDict{{"versionPref", 411}, {"prefSendEmailDict", SetWellDict(account)}}}}));
   CliResult shown = h.Run({"prefs", "show"});
@@ -123,11 +124,11 @@ TEST(PrefsCommand, ShowsThePreferencesWithTheMailPasswordMasked) {
 TEST(ResetOption, GivesDefaultPreferencesAndANewTemplate) {
   CliHome h;
   std::filesystem::create_directories(h.config());
-  ASSERT_TRUE(WriteXmlPlistFile(h.PreferencesFile(),
+  ASSERT_TRUE(WriteXmlPlistFile(SystemFileSystem(), h.PreferencesFile(),
                                 PlistDict{{"MGPrivatePreferences", PlistDict{{"versionPref", 411}, {"prefOnError", 1}}}}));
   PlistDict oneSession = NewTemplate();
   oneSession.GetArray("sessionsArray")->pop_back();
-  ASSERT_TRUE(WriteXmlPlistFile(h.TemplateFile(), oneSession));
+  ASSERT_TRUE(WriteXmlPlistFile(SystemFileSystem(), h.TemplateFile(), oneSession));
   auto templateSessions = [&] { return SessionCountOf(ReadPlistDictFile(h.TemplateFile()).value_or(PlistDict())); };
 
   CliResult kept = h.Run({"prefs", "show"});

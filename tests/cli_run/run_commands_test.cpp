@@ -7,7 +7,7 @@
 #include "platform/linux_file_system.h"
 #include "support/cli_runner.h"
 #include "support/tree_values.h"
-#include "util/plist_io.h"
+#include "platform/plist_files.h"
 
 namespace marigold::cli_testing {
 namespace {
@@ -186,7 +186,7 @@ class RunDocument : public ::testing::Test {
       console->Set("bottomFolder", box.Path("B" + std::to_string(i)));
     }
     root.Set("sessionIndex", 1);
-    ASSERT_TRUE(WriteXmlPlistFile(document, PlistValue(root)));
+    ASSERT_TRUE(WriteXmlPlistFile(SystemFileSystem(), document, PlistValue(root)));
   }
 
   bool Copied(int session) const { return !trees::Read(box.Path("B" + std::to_string(session))).empty(); }

@@ -4,7 +4,7 @@
 
 #include "support/cli_runner.h"
 #include "support/tree_values.h"
-#include "util/plist_io.h"
+#include "platform/plist_files.h"
 #include "model/document_model.h"
 
 namespace marigold::conflicts_test {
@@ -69,7 +69,7 @@ TEST(RunConfirmation, NamesTheMultipleListOfADocumentSession) {
   session.GetDict("consoleDict")->Set("bottomFolder", temp.Path("B"));
   session.GetDict("multiDict")->Set("multiOn", 1);
   document.Set("sessionIndex", 1);
-  ASSERT_TRUE(WriteXmlPlistFile(temp.Path("doc.mgy"), PlistValue(document)));
+  ASSERT_TRUE(WriteXmlPlistFile(SystemFileSystem(), temp.Path("doc.mgy"), PlistValue(document)));
 
   const CliResult shell = temp.Run({"run", temp.Path("doc.mgy"), "--interactive"}, "n\n");
 

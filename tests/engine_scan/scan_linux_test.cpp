@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "scan_test_support.h"
+#include "support/tree_values.h"
 
 namespace marigold::scantest {
 namespace {
@@ -93,8 +94,8 @@ TEST(ScanOnLinux, OnlyTheEnginesOwnTemporariesAreLeftOutAndLeftoversGo) {
   // The folder still goes as a whole: a temporary inside is no reason to keep it.
   EXPECT_EQ(h.Modes(), (std::map<std::string, int>{
                            {"Marigold_Temporary_Name", 3}, {"gone", 6}, {"gone/old", 6}, {"notes-MGTempFile.txt", 2}}));
-  EXPECT_EQ(ReadTree(a.Path()).count(".MGTempFile-0123456789abcdef"), 0u);
-  EXPECT_EQ(ReadTree(a.Path()).count("gone/.MGTempFile-fedcba9876543210"), 0u);
+  EXPECT_EQ(marigold::trees::Read(a.Path()).count(".MGTempFile-0123456789abcdef"), 0u);
+  EXPECT_EQ(marigold::trees::Read(a.Path()).count("gone/.MGTempFile-fedcba9876543210"), 0u);
   EXPECT_NE(h.state.gDetailedLogText.find(a / ".MGTempFile-0123456789abcdef"), std::string::npos);
 }
 

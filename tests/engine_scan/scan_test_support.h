@@ -80,6 +80,10 @@ class TweakedFileSystem : public FileSystem {
   FsStatus MoveToTrash(const std::string& p) override { return mReal.MoveToTrash(p); }
   FsResult<std::uint64_t> GetFreeSpace(const std::string& p) override { return mReal.GetFreeSpace(p); }
   FsResult<VolumeInfo> GetVolume(const std::string& p) override { return mReal.GetVolume(p); }
+  FsResult<FileBytes> ReadFile(const std::string& p, std::uint64_t m) override { return mReal.ReadFile(p, m); }
+  FsResult<std::unique_ptr<FileWriter>> StartFileWrite(const std::string& p, std::optional<std::uint32_t> m) override {
+    return mReal.StartFileWrite(p, m);
+  }
 
  private:
   void Tweak(const std::string& path, ItemAttributes& attributes) const;

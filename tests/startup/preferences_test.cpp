@@ -7,6 +7,7 @@
 #include "app/app_paths.h"
 #include "logging/email_account.h"
 #include "support/temp_home.h"
+#include "platform/plist_files.h"
 #include "util/plist_io.h"
 #include "util/quillon_additions.h"
 #include "util/well_scramble.h"
@@ -147,7 +148,7 @@ TEST(ReadFilePreferences, NewerVersionlessOrResetEntriesBecomeDefaults) {
     ExpectDefaults(h.Read(/*reset=*/std::string(fixture) == "prefs_v411.plist"), h.paths);
   }
   PrefsHome h;
-  ASSERT_TRUE(WriteXmlPlistFile(h.paths.preferencesFile, PlistDict{{kPreferencesKey, PlistDict{{"prefOnError", 1}}}}));
+  ASSERT_TRUE(WriteXmlPlistFile(SystemFileSystem(), h.paths.preferencesFile, PlistDict{{kPreferencesKey, PlistDict{{"prefOnError", 1}}}}));
   ExpectDefaults(h.Read(), h.paths);
   // fileVersion stands in for a missing versionPref.
   PrefsHome old;

@@ -28,6 +28,10 @@ std::string_view FsOperationName(FsOperation operation) {
     case FsOperation::kGetVolume: return "find volume";
     case FsOperation::kIsCaseInsensitive: return "probe letter case";
     case FsOperation::kGetMetadataExtras: return "read metadata";
+    case FsOperation::kReadFile: return "read";
+    case FsOperation::kStartFileWrite:
+    case FsOperation::kWriteFile:
+    case FsOperation::kSyncFile: return "write";
   }
   return "file operation";
 }
@@ -203,7 +207,51 @@ FsResult<MetadataExtras> FaultFileSystem::GetMetadataExtras(const std::string& p
   MARIGOLD_FORWARD(FsOperation::kGetMetadataExtras, path, {}, mInner.GetMetadataExtras(path));
 }
 
+FsResult<FileBytes> FaultFileSystem::ReadFile(const std::string& path, std::uint64_t maxBytes) {
+  MARIGOLD_FORWARD(FsOperation::kReadFile, path, {}, mInner.ReadFile(path, maxBytes));
+}
+
 #undef MARIGOLD_FORWARD
+
+// Wraps the real writer; a failure injected into a write or into the commit drops the real writer
+// first, so that its own clean-up is what removes the temporary file.
+class FaultFileSystem::Writer final : public FileWriter {
+ public:
+  Writer(FaultFileSystem& owner, std::string path, std::unique_ptr<FileWriter> inner)
+      : mOwner(owner), mPath(std::move(path)), mInner(std::move(inner)) {}
+
+  FsStatus Write(std::string_view bytes) override {
+    if (!mFailure.Ok()) return mFailure;
+    if (auto rule = mOwner.Intercept(FsOperation::kWriteFile, mPath); Fails(rule)) return Fail(*rule);
+    return mInner->Write(bytes);
+  }
+  FsStatus Commit() override {
+    if (!mFailure.Ok()) return mFailure;
+    if (auto rule = mOwner.Intercept(FsOperation::kSyncFile, mPath); Fails(rule)) return Fail(*rule);
+    if (auto rule = mOwner.Intercept(FsOperation::kRename, mPath); Fails(rule)) return Fail(*rule);
+    return mInner->Commit();
+  }
+
+ private:
+  FsStatus Fail(const FaultRule& rule) {
+    mInner.reset();
+    mFailure = Injected(rule, mPath);
+    return mFailure;
+  }
+
+  FaultFileSystem& mOwner;
+  std::string mPath;
+  std::unique_ptr<FileWriter> mInner;
+  FsStatus mFailure;
+};
+
+FsResult<std::unique_ptr<FileWriter>> FaultFileSystem::StartFileWrite(const std::string& path,
+                                                                      std::optional<std::uint32_t> mode) {
+  if (auto rule = Intercept(FsOperation::kStartFileWrite, path); Fails(rule)) return Injected(*rule, path);
+  auto inner = mInner.StartFileWrite(path, mode);
+  if (!inner) return inner.Error();
+  return std::unique_ptr<FileWriter>(std::make_unique<Writer>(*this, path, std::move(inner).Value()));
+}
 
 FsResult<CopyReport> FaultFileSystem::CopyItem(const std::string& source, const std::string& dest,
                                                const CopyOptions& options) {

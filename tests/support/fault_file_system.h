@@ -22,7 +22,10 @@ enum class FsOperation {
   kGetAttributes, kListFolder, kReadLink, kResolvePath, kCheckAccess, kGetBackupDate,
   kCreateFolder, kRemoveItem, kRemoveTree, kRename, kSetTimes, kSetMode, kSetOwner, kSetLocked,
   kSetBackupDate, kCopyItem, kCopyMetadata, kMoveToTrash, kGetFreeSpace, kGetVolume,
-  kIsCaseInsensitive, kGetMetadataExtras,
+  kIsCaseInsensitive, kGetMetadataExtras, kReadFile,
+  kStartFileWrite,  // making the temporary file of a whole-file write
+  kWriteFile,       // each FileWriter::Write
+  kSyncFile,        // the sync in FileWriter::Commit; its rename is a kRename of the target
 };
 
 // The operation's name as FsError::operation carries it ("rename", "copy", ...).
@@ -95,11 +98,15 @@ class FaultFileSystem final : public FileSystem {
                                 const CopyOptions& options) override;
   FsStatus CopyMetadata(const std::string& source, const std::string& dest) override;
   FsStatus MoveToTrash(const std::string& path) override;
+  FsResult<FileBytes> ReadFile(const std::string& path, std::uint64_t maxBytes) override;
+  FsResult<std::unique_ptr<FileWriter>> StartFileWrite(const std::string& path,
+                                                       std::optional<std::uint32_t> mode) override;
   FsResult<std::uint64_t> GetFreeSpace(const std::string& path) override;
   FsResult<VolumeInfo> GetVolume(const std::string& path) override;
   FsResult<bool> IsCaseInsensitive(const std::string& folder) override;
 
  private:
+  class Writer;
   struct Rule {
     FaultRule rule;
     int seen = 0;
