@@ -65,8 +65,8 @@ std::vector<TaskTree> MakeTrees(const RulesCase& c, RunTallies& tallies) {
   tree.gIsSyncOn = c.sync;
   tree.root.hasSubItems = true;
   tallies.Count(kCopyModeNothing, 1);
-  for (const NodeSpec& spec : c.tree) {
-    const std::vector<std::string> names = Names(spec.path);
+  for (const NodeSpec& item : c.tree) {
+    const std::vector<std::string> names = Names(item.path);
     ScanNode* parent = &tree.root;
     for (std::size_t i = 0; i + 1 < names.size(); ++i) {
       parent = &*std::find_if(parent->subItems.begin(), parent->subItems.end(),
@@ -74,11 +74,11 @@ std::vector<TaskTree> MakeTrees(const RulesCase& c, RunTallies& tallies) {
     }
     ScanNode& node = parent->subItems.emplace_back();
     node.name = names.back();
-    node.copyMode = spec.mode;
-    node.ifSkipAddToExactIndex = spec.skipKey;
-    node.hasSubItems = spec.path.back() == '/';
-    tallies.Count(spec.mode, 1);
-    if (spec.mode >= kCopyModeCopyAToB) ++tallies.runItemsToDo;
+    node.copyMode = item.mode;
+    node.ifSkipAddToExactIndex = item.skipKey;
+    node.hasSubItems = item.path.back() == '/';
+    tallies.Count(item.mode, 1);
+    if (item.mode >= kCopyModeCopyAToB) ++tallies.runItemsToDo;
   }
   return trees;
 }
@@ -120,7 +120,7 @@ TEST_P(PreviewRules, ClicksGiveModesTalliesAndIndexAdditions) {
     outcomes.push_back(Outcome(p.editor.ClickTheRow(&p.At(click.path), click.column, click.keys)));
   }
   std::vector<int> modes;
-  for (const NodeSpec& spec : c.tree) modes.push_back(p.At(spec.path).copyMode());
+  for (const NodeSpec& item : c.tree) modes.push_back(p.At(item.path).copyMode());
   std::vector<std::int64_t> shown;
   for (const PreviewTally& tally : PreviewTallies(p.tallies)) shown.push_back(tally.value);
 
