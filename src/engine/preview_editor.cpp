@@ -16,7 +16,7 @@ bool IsAction(int mode) { return mode >= kCopyModeCopyAToB && mode <= kCopyModeM
 
 PreviewEditor::PreviewEditor(std::vector<TaskTree>& trees, RunTallies& tallies,
                              std::vector<std::vector<std::string>>& exactIndexAdditions, FileSystem& fs)
-    : mTrees(trees), mTallies(tallies), mExactIndexAdditions(exactIndexAdditions), mFs(fs) {
+    : mTallies(tallies), mExactIndexAdditions(exactIndexAdditions), mFs(fs) {
   mRoots.reserve(trees.size());
   for (std::size_t i = 0; i < trees.size(); ++i) {
     mRoots.push_back(std::make_unique<FileSystemItem>(trees[i].root, nullptr, trees[i], i, i));

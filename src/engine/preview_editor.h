@@ -89,7 +89,6 @@ class PreviewEditor {
   FileSystemItem* PreviousInOutline(FileSystemItem& item);
   FileSystemItem& LastDescendant(FileSystemItem& item);
 
-  std::vector<TaskTree>& mTrees;
   RunTallies& mTallies;
   std::vector<std::vector<std::string>>& mExactIndexAdditions;
   FileSystem& mFs;
