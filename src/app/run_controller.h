@@ -87,7 +87,8 @@ class RunController {
   // not a dry run), snapshots `document` and `preferences` and starts the worker; `finished` is
   // called once with the outcome, on the worker thread (or at once, on this thread, when the run
   // does not start). Returns true when a worker was started. Call from one thread (the GUI's or
-  // the program's main thread).
+  // the program's main thread); `finished` must hand the outcome over to that thread rather than
+  // start the next run itself, since the worker cannot wait for its own end.
   bool TaskExecuteSyncOrBackup(const PlistDict& document, const PlistDict& preferences, const RunRequest& request,
                                std::function<void(const RunOutcome&)> finished);
   // Starts the run and waits for its outcome: the command line and the timer daemon use this.
