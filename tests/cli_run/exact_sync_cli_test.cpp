@@ -2,8 +2,6 @@
 // guards a side that lost what it held.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <filesystem>
 
 #include "support/cli_runner.h"
