@@ -68,6 +68,7 @@ const char* ExecutedByText(int executedBy) {
     case 2: return "executed by the timer list";
     case 3: return "executed by the Sync And Quit option";
     case 4: return "executed by the Sync And Logout option";
+    case 5: return "executed from the command line";
     default: return "";
   }
 }
