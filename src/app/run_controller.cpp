@@ -125,7 +125,7 @@ void RunController::Work(RunRequest request, std::function<void(const RunOutcome
   finished(outcome);
 }
 
-void RunController::MailLog(const RunOutcome& outcome) {
+void RunController::MailLog(RunOutcome& outcome) {
   // A dry run and a preview cancelled made no log, and so mail none.
   if (outcome.logText.empty()) return;
   MailSeams seams = mMailSeams;
@@ -133,8 +133,8 @@ void RunController::MailLog(const RunOutcome& outcome) {
   mMailCancel = false;
   seams.cancel = &mMailCancel;
   mMailing = true;
-  SendEmailTo(mPreferences, outcome.logText, outcome.errors, outcome.logFilePath, seams,
-              [this](const std::string& text) { mProxy.SetTaskComment(text); });
+  outcome.logMailFailed = !SendEmailTo(mPreferences, outcome.logText, outcome.errors, outcome.logFilePath, seams,
+                                       [this](const std::string& text) { mProxy.SetTaskComment(text); });
   mMailing = false;
 }
 

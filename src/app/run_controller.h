@@ -69,6 +69,8 @@ struct RunOutcome {
   // The run log's text and the file it was saved to, when a log is kept ("" otherwise).
   std::string logText;
   std::string logFilePath;
+  // The log was to be mailed and at least one message did not go out (the system log says why).
+  bool logMailFailed = false;
 
   bool Stopped() const { return ending == RunEnding::kStopped; }
 };
@@ -112,7 +114,7 @@ class RunController {
   void Work(RunRequest request, std::function<void(const RunOutcome&)> finished);
   RunOutcome Outcome(RunDriver& driver, std::int64_t errorsSeen);
   // Mails the run's log as the preferences say; a failure is only written to the system log.
-  void MailLog(const RunOutcome& outcome);
+  void MailLog(RunOutcome& outcome);
 
   FileSystem& mFs;
   AppkitProxy& mProxy;

@@ -107,6 +107,10 @@ TEST_F(LogCli, MailAccountTestMessageAndTheRunsReport) {
   const CliResult failed = home.Run({"prefs", "mail", "--test"});
   EXPECT_EQ(failed.status, 1);
   EXPECT_NE(failed.err.find("ann@example.org: "), std::string::npos);
+  // A report that cannot be mailed is said, and does not change the run's result.
+  const CliResult unmailed = Sync({"--set", "prefSendEmail=1", "--set", "prefSendEmailWhen=1"});
+  EXPECT_EQ(unmailed.status, 0);
+  EXPECT_NE(unmailed.err.find("the log could not be mailed"), std::string::npos);
 }
 
 }  // namespace
