@@ -97,7 +97,8 @@ Scanner::SideListing Scanner::SingleItem(const std::string& folder, const std::s
 
 void Scanner::ProbeLetterCase(const std::string& pathB, PairFacts& facts) {
   FileSystem& fs = mContext.fs;
-  auto probe = fs.IsCaseInsensitive(pathB);
+  // A dry run writes nothing, not even a probe file.
+  auto probe = fs.IsCaseInsensitive(pathB, !mContext.state.mDryRun);
   // When the folder cannot tell, names match exactly: two items are never taken for one.
   facts.ignoreCase = probe && probe.Value();
   auto attributes = fs.GetAttributes(pathB);

@@ -163,8 +163,10 @@ class FileSystem {
   // The mounted volume holding the item (a link is looked up by its own location).
   virtual FsResult<VolumeInfo> GetVolume(const std::string& path) = 0;
   // Whether names in this folder match ignoring case (two names differing in case are one item).
-  // May create and remove a probe file with a temporary name (MakeTemporaryName) in the folder.
-  virtual FsResult<bool> IsCaseInsensitive(const std::string& folder) = 0;
+  // On a volume of unknown type, and when `mayCreateProbe`, it may create and remove a probe file
+  // with a temporary name (MakeTemporaryName) in the folder, then put back the folder's dates; a
+  // dry run passes false and gets an error when nothing else tells.
+  virtual FsResult<bool> IsCaseInsensitive(const std::string& folder, bool mayCreateProbe) = 0;
 };
 
 // Whether the item at `path` is still what `snapshot` recorded (see ItemSnapshot::Matches).

@@ -41,7 +41,7 @@ class LinuxFileSystem final : public FileSystem {
 
   FsResult<std::uint64_t> GetFreeSpace(const std::string& path) override;
   FsResult<VolumeInfo> GetVolume(const std::string& path) override;
-  FsResult<bool> IsCaseInsensitive(const std::string& folder) override;
+  FsResult<bool> IsCaseInsensitive(const std::string& folder, bool mayCreateProbe) override;
 };
 
 // The extended attribute that keeps an item's backup date.

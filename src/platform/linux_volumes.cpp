@@ -131,7 +131,7 @@ FsResult<VolumeInfo> LinuxFileSystem::GetVolume(const std::string& path) {
   return volume;
 }
 
-FsResult<bool> LinuxFileSystem::IsCaseInsensitive(const std::string& folder) {
+FsResult<bool> LinuxFileSystem::IsCaseInsensitive(const std::string& folder, bool mayCreateProbe) {
   constexpr std::string_view kOperation = "probe letter case";
   auto at = AtPath::Resolve(folder, kOperation);
   if (!at) return at.Error();
@@ -146,17 +146,7 @@ FsResult<bool> LinuxFileSystem::IsCaseInsensitive(const std::string& folder) {
     if (TypeIsCaseSensitive(volume.Value().type)) return false;
   }
 
-  // Unknown volume type: ask the folder itself with a probe file.
-  std::string probe = MakeTemporaryName();
-  UniqueFd made(::openat(fd.Get(), probe.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (made.Valid()) {
-    auto same = FoundUnderOtherCase(fd.Get(), SwapCase(probe));
-    ::unlinkat(fd.Get(), probe.c_str(), 0);
-    if (same) return *same;
-    return MakeFsError(EIO, std::string(kOperation), folder);
-  }
-  int createError = errno;
-  // A folder we may not write to: an item already there with letters in its name will tell.
+  // Unknown volume type. An item already there with letters in its name tells without writing.
   std::unordered_set<std::string> names;
   std::unique_ptr<DIR, int (*)(DIR*)> dir(::fdopendir(::dup(fd.Get())), &::closedir);
   while (dir) {
@@ -169,7 +159,22 @@ FsResult<bool> LinuxFileSystem::IsCaseInsensitive(const std::string& folder) {
     if (other == name || names.count(other) != 0) continue;
     if (auto found = FoundUnderOtherCase(fd.Get(), other)) return *found;
   }
-  return MakeFsError(createError, std::string(kOperation), folder);
+  if (!mayCreateProbe) return MakeFsError(ENOTSUP, std::string(kOperation), folder);
+
+  // Ask the folder itself with a probe file, and give the folder back its dates afterwards.
+  struct stat before {};
+  const bool datesKnown = ::fstat(fd.Get(), &before) == 0;
+  std::string probe = MakeTemporaryName();
+  UniqueFd made(::openat(fd.Get(), probe.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (!made.Valid()) return ErrnoError(kOperation, folder);
+  auto same = FoundUnderOtherCase(fd.Get(), SwapCase(probe));
+  ::unlinkat(fd.Get(), probe.c_str(), 0);
+  if (datesKnown) {
+    const struct timespec times[2] = {before.st_atim, before.st_mtim};
+    ::futimens(fd.Get(), times);
+  }
+  if (same) return *same;
+  return MakeFsError(EIO, std::string(kOperation), folder);
 }
 
 }  // namespace marigold

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "model/document_model.h"
+#include "platform/linux_file_system.h"
 #include "platform/plist_files.h"
 #include "support/cli_runner.h"
 #include "util/plist_io.h"
@@ -171,6 +172,23 @@ TEST_F(DocEdit, SessionCommandsActAsTheMenuDoes) {
   CliResult last = Run({"doc", "session", "remove", "Default Sync Session"});
   EXPECT_EQ(last.status, 2);
   EXPECT_NE(last.err.find("Can't remove the last Session."), std::string::npos);
+}
+
+// Root writes through permissions, but not into an immutable folder, where the atomic write's
+// temporary file cannot be made: the command fails with status 1 and the old file stays.
+TEST_F(DocEdit, AFailedWriteExitsOneAndKeepsTheOldFile) {
+  const std::string folder = h.Path("locked");
+  const std::string locked = folder + "/doc.mgy";
+  ASSERT_EQ(::mkdir(folder.c_str(), 0755), 0);
+  ASSERT_EQ(h.Run({"doc", "new", locked}).status, 0);
+  LinuxFileSystem fs;
+  if (::geteuid() != 0 || !fs.SetLocked(folder, true)) GTEST_SKIP() << "no immutable flag for this user here";
+  const FileState before = StateOf(locked);
+  const CliResult result = h.Run({"doc", "set", locked, "settingsDict.settExact=1"});
+  fs.SetLocked(folder, false);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.err.find("Can't write the file"), std::string::npos) << result.err;
+  EXPECT_TRUE(StateOf(locked) == before);
 }
 
 // Another property-list tool may write the keys in another order; blank filter rows stay blank.

@@ -65,7 +65,7 @@ FsResult<std::vector<FolderEntry>> TweakedFileSystem::ListFolder(const std::stri
   return result;
 }
 
-FsResult<bool> TweakedFileSystem::IsCaseInsensitive(const std::string& folder) {
+FsResult<bool> TweakedFileSystem::IsCaseInsensitive(const std::string& folder, bool) {
   return caseInsensitiveFolders.contains(folder);
 }
 

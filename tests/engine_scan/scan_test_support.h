@@ -58,7 +58,7 @@ class TweakedFileSystem : public FileSystem {
 
   FsResult<ItemAttributes> GetAttributes(const std::string& path) override;
   FsResult<std::vector<FolderEntry>> ListFolder(const std::string& path) override;
-  FsResult<bool> IsCaseInsensitive(const std::string& folder) override;
+  FsResult<bool> IsCaseInsensitive(const std::string& folder, bool mayCreateProbe) override;
   FsResult<std::string> ReadLink(const std::string& p) override { return mReal.ReadLink(p); }
   FsResult<std::string> ResolvePath(const std::string& p) override { return mReal.ResolvePath(p); }
   FsStatus CheckAccess(const std::string& p, int m) override { return mReal.CheckAccess(p, m); }

@@ -40,7 +40,7 @@ TEST(Volumes, MountPointTypeAndName) {
 TEST(Volumes, LetterCaseIsProbedPerVolume) {
   LinuxFileSystem fs;
   TempFolder tree;
-  auto local = fs.IsCaseInsensitive(tree.Path());
+  auto local = fs.IsCaseInsensitive(tree.Path(), true);
   ASSERT_TRUE(local);
   EXPECT_FALSE(local.Value());
 
@@ -48,7 +48,7 @@ TEST(Volumes, LetterCaseIsProbedPerVolume) {
   // Read-only for everyone but root, which still writes through the permission bits.
   auto stick = test::TestVolume::Make("exfat", 64, &whyNot, "umask=0222");
   if (!stick) GTEST_SKIP() << whyNot;
-  auto insensitive = fs.IsCaseInsensitive(stick->Path());
+  auto insensitive = fs.IsCaseInsensitive(stick->Path(), true);
   ASSERT_TRUE(insensitive) << insensitive.Error().Message();
   EXPECT_TRUE(insensitive.Value());
   EXPECT_EQ(test::CountTemporaryItems(stick->Path()), 0);  // the probe is gone
@@ -58,7 +58,7 @@ TEST(Volumes, LetterCaseIsProbedPerVolume) {
   WriteFile(stick->Path() + "/Existing", "");
   std::string answer = OutputAsUser(test::kThrowawayUser, [&] {
     LinuxFileSystem child;
-    auto probed = child.IsCaseInsensitive(stick->Path());
+    auto probed = child.IsCaseInsensitive(stick->Path(), true);
     return probed ? std::string(probed.Value() ? "insensitive" : "sensitive") : probed.Error().Message();
   });
   EXPECT_EQ(answer, "insensitive");

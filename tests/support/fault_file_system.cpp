@@ -200,8 +200,8 @@ FsResult<std::uint64_t> FaultFileSystem::GetFreeSpace(const std::string& path) {
 FsResult<VolumeInfo> FaultFileSystem::GetVolume(const std::string& path) {
   MARIGOLD_FORWARD(FsOperation::kGetVolume, path, {}, mInner.GetVolume(path));
 }
-FsResult<bool> FaultFileSystem::IsCaseInsensitive(const std::string& folder) {
-  MARIGOLD_FORWARD(FsOperation::kIsCaseInsensitive, folder, {}, mInner.IsCaseInsensitive(folder));
+FsResult<bool> FaultFileSystem::IsCaseInsensitive(const std::string& folder, bool mayCreateProbe) {
+  MARIGOLD_FORWARD(FsOperation::kIsCaseInsensitive, folder, {}, mInner.IsCaseInsensitive(folder, mayCreateProbe));
 }
 FsResult<MetadataExtras> FaultFileSystem::GetMetadataExtras(const std::string& path) {
   MARIGOLD_FORWARD(FsOperation::kGetMetadataExtras, path, {}, mInner.GetMetadataExtras(path));

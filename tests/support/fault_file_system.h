@@ -103,7 +103,7 @@ class FaultFileSystem final : public FileSystem {
                                                        std::optional<std::uint32_t> mode) override;
   FsResult<std::uint64_t> GetFreeSpace(const std::string& path) override;
   FsResult<VolumeInfo> GetVolume(const std::string& path) override;
-  FsResult<bool> IsCaseInsensitive(const std::string& folder) override;
+  FsResult<bool> IsCaseInsensitive(const std::string& folder, bool mayCreateProbe) override;
 
  private:
   class Writer;
