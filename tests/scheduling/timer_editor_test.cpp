@@ -24,23 +24,9 @@ struct EditorCase {
   std::function<void(TimerEditorFields&)> change;
   std::string message;  // "" when OK is accepted
   TimerField field;
-  std::string corrected;  // the selected field's text afterwards
+  std::string TimerEditorFields::*text = nullptr;  // the selected field, and its text afterwards
+  std::string corrected;
 };
-
-std::string FieldText(const TimerEditorFields& f, TimerField field) {
-  switch (field) {
-    case TimerField::kStartMonth: return f.startMonth;
-    case TimerField::kStartDay: return f.startDay;
-    case TimerField::kStartYear: return f.startYear;
-    case TimerField::kIntervalHours: return f.intervalHours;
-    case TimerField::kEndMonth: return f.endMonth;
-    case TimerField::kEndDay: return f.endDay;
-    case TimerField::kEndYear: return f.endYear;
-    case TimerField::kNone:
-    case TimerField::kWeekdays: return "";
-  }
-  return "";
-}
 
 class EditorOk : public ::testing::TestWithParam<EditorCase> {};
 TEST_P(EditorOk, ChecksInOrder) {
@@ -54,35 +40,35 @@ TEST_P(EditorOk, ChecksInOrder) {
   EXPECT_EQ(row.GetInt("valid"), refusal ? 0 : 1);
   if (refusal) {
     EXPECT_EQ(refusal->field, c.field);
-    EXPECT_EQ(FieldText(f, c.field), c.corrected);
+    if (c.text) EXPECT_EQ(f.*c.text, c.corrected);
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Timers, EditorOk, ::testing::Values(
-    EditorCase{"Accepted", [](auto&) {}, "", TimerField::kNone, ""},
+    EditorCase{"Accepted", [](auto&) {}, "", TimerField::kNone},
     EditorCase{"MonthBeforeDayAndYear", [](auto& f) { f.startMonth = "13", f.startDay = "40", f.startYear = "1999"; },
-               "The Start Month field must contains values from 1 to 12.", TimerField::kStartMonth, "1"},
+               "The Start Month field must contains values from 1 to 12.", TimerField::kStartMonth, &TimerEditorFields::startMonth, "1"},
     EditorCase{"DayBeforeYear", [](auto& f) { f.startMonth = "2", f.startDay = "30", f.startYear = "1999"; },
-               "Start Day not valid.", TimerField::kStartDay, "1"},
+               "Start Day not valid.", TimerField::kStartDay, &TimerEditorFields::startDay, "1"},
     EditorCase{"YearFloor", [](auto& f) { f.startYear = "2001"; }, "Can't set a Start Year less than 2002.",
-               TimerField::kStartYear, "2002"},
+               TimerField::kStartYear, &TimerEditorFields::startYear, "2002"},
     EditorCase{"ZeroInterval", [](auto& f) { f.intervalHours = "0"; }, "Can't set a zero interval.",
-               TimerField::kIntervalHours, "0"},
+               TimerField::kIntervalHours},
     EditorCase{"EqualEndTime", [](auto& f) { f.endHour = "10", f.endMinute = "30"; },
-               "The end time cannot be earlier than the start time.", TimerField::kNone, ""},
+               "The end time cannot be earlier than the start time.", TimerField::kNone},
     EditorCase{"EndMonth", [](auto& f) { f.endMonth = "0"; }, "The End Month field must contains values from 1 to 12.",
-               TimerField::kEndMonth, "1"},
-    EditorCase{"EndDay", [](auto& f) { f.endDay = "31", f.endMonth = "4"; }, "End Day not valid.", TimerField::kEndDay, "1"},
+               TimerField::kEndMonth, &TimerEditorFields::endMonth, "1"},
+    EditorCase{"EndDay", [](auto& f) { f.endDay = "31", f.endMonth = "4"; }, "End Day not valid.", TimerField::kEndDay, &TimerEditorFields::endDay, "1"},
     EditorCase{"EndYear", [](auto& f) { f.endYear = "2001"; }, "Can't set an End Year less than 2002.",
-               TimerField::kEndYear, "2002"},
+               TimerField::kEndYear, &TimerEditorFields::endYear, "2002"},
     EditorCase{"EndDateBeforeStart", [](auto& f) { f.endDay = "9"; }, "The end date cannot be earlier than the start date.",
-               TimerField::kNone, ""},
+               TimerField::kNone},
     EditorCase{"NoWeekday", [](auto& f) { f.weekdays.fill(false); },
-               "At least one of the check-boxes \"Execute on\" should be marked.", TimerField::kWeekdays, ""},
+               "At least one of the check-boxes \"Execute on\" should be marked.", TimerField::kWeekdays},
     EditorCase{"OneShotSkipsTheRest", [](auto& f) { f.intervalOn = false, f.intervalHours = "0", f.weekdays.fill(false); },
-               "", TimerField::kNone, ""},
+               "", TimerField::kNone},
     EditorCase{"Leap2100WithoutCenturyRule", [](auto& f) { f.startMonth = "2", f.startDay = "29", f.startYear = "2100",
-                                                           f.endDateOn = false; }, "", TimerField::kNone, ""}),
+                                                           f.endDateOn = false; }, "", TimerField::kNone}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(TimerEditor, WritesTheRowTheFieldsShowAndTheTableShowsIt) {
