@@ -40,7 +40,9 @@ TEST_P(EditorOk, ChecksInOrder) {
   EXPECT_EQ(row.GetInt("valid"), refusal ? 0 : 1);
   if (refusal) {
     EXPECT_EQ(refusal->field, c.field);
-    if (c.text) EXPECT_EQ(f.*c.text, c.corrected);
+    if (c.text) {
+      EXPECT_EQ(f.*c.text, c.corrected);
+    }
   }
 }
 
