@@ -10,6 +10,10 @@ namespace marigold {
 TimerScheduler::TimerScheduler(RunController& runs, DocumentStore& store, const Clock& clock, SystemLog& log)
     : mRuns(runs), mStore(store), mLog(log), mSchedule(clock), mList(mSchedule.calendar()) {}
 
+TimerScheduler::~TimerScheduler() {
+  if (mTimerRunStarted) StopAndWait();
+}
+
 std::optional<TimerScheduler::FileStamp> TimerScheduler::StampOf(const std::string& path) {
   struct stat st {};
   if (::stat(path.c_str(), &st) != 0) return std::nullopt;
@@ -64,6 +68,7 @@ void TimerScheduler::CompleteEndedRun() {
   }
   if (!outcome) return;
   mRuns.Wait();
+  mTimerRunStarted = false;
   mSchedule.SchedulingTimerDone(outcome->errors, outcome->logFilePath, AllSessions());
   mList.SetBlocked(false);
   std::string line = "Timer run of \"" + mRunningSessionName + "\" ";
@@ -94,6 +99,7 @@ bool TimerScheduler::Tick() {
   mList.SetBlocked(true);
   Note(LOG_NOTICE, "Timer run of \"" + mRunningSessionName + "\" starts.");
   const RunRequest request{due->session, kExecutedByTimer, false};
+  mTimerRunStarted = true;
   const bool started = mRuns.TaskExecuteSyncOrBackup(mStore.mainDict(), mPreferences, request, [this](const RunOutcome& outcome) {
     {
       std::lock_guard<std::mutex> lock(mEndedMutex);

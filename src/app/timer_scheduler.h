@@ -32,6 +32,10 @@ class TimerScheduler {
   // The document is the store's main dictionary, with its selected session (or "All Sessions");
   // runs go through `runs`. Everything given must outlive the scheduler.
   TimerScheduler(RunController& runs, DocumentStore& store, const Clock& clock, SystemLog& log);
+  // A timer run still under way is stopped and waited for: its end must not outlive the scheduler.
+  ~TimerScheduler();
+  TimerScheduler(const TimerScheduler&) = delete;
+  TimerScheduler& operator=(const TimerScheduler&) = delete;
 
   // The preferences the runs read (and prefSyncAndQuit, which keeps every timer off).
   void SetPreferences(const PlistDict& preferences) { mPreferences = preferences; }
@@ -77,6 +81,7 @@ class TimerScheduler {
   std::optional<FileStamp> mWatchedStamp;
   std::function<void()> mRunEnded;
   std::string mRunningSessionName;
+  bool mTimerRunStarted = false;  // a run this scheduler started has not been completed yet
 
   std::mutex mEndedMutex;
   std::optional<RunOutcome> mEndedRun;  // set on the worker thread, taken by Tick

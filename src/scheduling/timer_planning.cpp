@@ -1,6 +1,7 @@
 #include "scheduling/timer_planning.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <utility>
 
@@ -73,6 +74,13 @@ class DayPlanner {
     const auto key = std::make_pair(ref.index, rowIndex);
     const auto found = mResume.find(key);
     PlistDate t = found != mResume.end() ? found->second : start;
+    // Hours and minutes are elapsed time, so a series of them alone is start + k x step: a long
+    // one (every minute for years) jumps to just before the day instead of walking there.
+    const double step = (hours * 60.0 + minutes) * 60.0;
+    if (years == 0 && months == 0 && days == 0 && step > 0) {
+      const double skipped = std::floor((mCal.TruncateHours(day).seconds - t.seconds) / step) - 1;
+      if (skipped > 0) t.seconds += skipped * step;
+    }
     bool resumeSet = false;
     while (true) {
       const int dayOrder = mCal.CompareDay(t, day);

@@ -64,6 +64,8 @@ INSTANTIATE_TEST_SUITE_P(Timers, Planning, ::testing::Values(
              "03-29 00:30 s0, 03-29 03:30 s0, 03-29 05:30 s0, 03-30 01:30 s0, 03-30 03:30 s0, 03-30 05:30 s0"},
     PlanCase{"DayOf25Hours", {{{L(2026, 10, 24, 0, 30), 0, 2, 0, 0, L(2026, 10, 24, 4, 0)}}}, L(2026, 10, 25, 0, 0),
              1, "10-25 00:30 s0, 10-25 02:30 s0, 10-25 03:30 s0"},
+    PlanCase{"EveryFewMinutesForYears", {{{L(2004, 1, 1, 0, 7), 7}}}, L(2026, 3, 12, 23, 40), 1,
+             "03-12 23:41 s0, 03-12 23:48 s0, 03-12 23:55 s0"},
     PlanCase{"MidnightAfterALongDay", {{{L(2026, 10, 1, 0, 15), 0, 0, 1}}}, L(2026, 10, 24, 12, 0), 3,
              "10-25 00:15 s0, 10-26 00:15 s0"}),
     [](const auto& info) { return std::string(info.param.name); });
