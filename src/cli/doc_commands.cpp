@@ -8,6 +8,8 @@
 #include "app/session_management.h"
 #include "cli/commands.h"
 #include "cli/doc_checks.h"
+#include "platform/clock.h"
+#include "scheduling/timer_editor.h"
 
 namespace marigold {
 namespace {
@@ -28,6 +30,23 @@ std::optional<std::int64_t> ChosenSession(PlistDict& document, const DocCommandA
   const std::int64_t index = document.GetInt("sessionIndex");
   if (GetSessionDict(document, index) != nullptr) return index;
   error = "the document has \"All Sessions\" selected: name a session with --session";
+  return std::nullopt;
+}
+
+// Timer rows go through the row editor's checks, which alone mark a row valid; the master box
+// follows the panel's rule on leaving.
+std::optional<std::string> ConfirmEditedTimers(const PlistDict& before, PlistDict& edited) {
+  const ZonedCalendar calendar(SystemClock().TimeZoneName());
+  for (std::int64_t i = 0; i < SessionCount(edited); ++i) {
+    PlistDict* session = GetSessionDict(edited, i);
+    PlistDict* timers = session ? session->GetDict("timerDict") : nullptr;
+    const PlistDict* oldSession = GetSessionDict(before, i);
+    const PlistDict* old = oldSession ? oldSession->GetDict("timerDict") : nullptr;
+    if (timers == nullptr || (old != nullptr && *old == *timers)) continue;
+    if (auto problem = ConfirmEditedTimerRows(old, *timers, calendar)) {
+      return "\"" + SessionNameOf(PlistValue(*session)) + "\": " + *problem;
+    }
+  }
   return std::nullopt;
 }
 
@@ -75,6 +94,7 @@ int DocSet(MainApp& app, const DocCommandArgs& args) {
   for (const std::string& assignment : args.assignments) {
     if (!ApplyAssignment(edited, index, assignment, error)) return Refuse(error);
   }
+  if (std::optional<std::string> problem = ConfirmEditedTimers(before, edited)) return Refuse(*problem);
   if (std::optional<std::string> problem = CheckEditedDocument(before, edited, DocSessionChecks())) {
     return Refuse(*problem);
   }

@@ -11,6 +11,7 @@
 #include "cli/log_commands.h"
 #include "cli/run_commands.h"
 #include "cli/terminal_prompts.h"
+#include "cli/timer_commands.h"
 
 namespace {
 
@@ -49,6 +50,8 @@ int main(int argc, char** argv) {
   AddRunCommands(cli, runArgs);
   LogCommandArgs logArgs;
   AddLogCommands(cli, *prefs, logArgs);
+  TimerCommandArgs timerArgs;
+  AddTimerCommands(cli, timerArgs);
 
   try {
     cli.parse(argc, argv);
@@ -77,5 +80,6 @@ int main(int argc, char** argv) {
   if (docArgs.Chosen()) return ExecuteDocEditCommand(app, prompts, docArgs);
   if (runArgs.Chosen()) return ExecuteRunCommand(app, runArgs);
   if (logArgs.Chosen()) return ExecuteLogCommand(app, logArgs);
+  if (timerArgs.Chosen()) return ExecuteTimerCommand(app, prompts, timerArgs);
   return kExitOk;
 }

@@ -77,8 +77,9 @@ TEST_F(DocEdit, SetThenGetRoundTrips) {
   session.GetDict("settingsDict")->Set("settMoveToTrash", 1);
   session.GetDict("multiDict")->GetArray("multiArray")->at(2).AsDict()->Set("source", "/srv/a b");
   PlistDict written = Written();
-  GetSessionDict(want, 0)->GetDict("timerDict")->GetArray("timerArray")->at(0).AsDict()->Set(
-      "start", *GetSessionDict(written, 0)->GetDict("timerDict")->GetArray("timerArray")->at(0).AsDict()->Find("start"));
+  PlistDict& timerRow = *GetSessionDict(want, 0)->GetDict("timerDict")->GetArray("timerArray")->at(0).AsDict();
+  timerRow.Set("start", *GetSessionDict(written, 0)->GetDict("timerDict")->GetArray("timerArray")->at(0).AsDict()->Find("start"));
+  timerRow.Set("valid", 1);  // the editor's checks passed
   EXPECT_EQ(written, want);
 
   // Without a key path the whole selected session prints; --session picks another.
@@ -104,6 +105,10 @@ TEST_F(DocEdit, RefusedEditsLeaveTheFileUntouched) {
       {{"doc", "set", "--session", "Default Sync Session", "consoleDict.sessionName=Default Backup Session"},
        "Name duplicated."},
       {{"doc", "set", "--session", "Nobody", "settingsDict.settExact=1"}, "no session is called \"Nobody\""},
+      {{"doc", "set", "--session", "Default Sync Session", "timerDict.timerArray.0.start=2001-05-01T09:30:00Z"},
+       "timerDict.timerArray.0: Can't set a Start Year less than 2002."},
+      {{"doc", "set", "--session", "Default Sync Session", "timerDict.timerArray.1.intervalOn=1"},
+       "Can't set a zero interval."},
       {{"doc", "set", "settingsDict.settExact=1"}, "name a session with --session"},
       {{"doc", "set", "sessionIndex=2"}, "names no session"},
       {{"doc", "set", "fileVersion=421"}, "every write stamps"},
@@ -116,6 +121,16 @@ TEST_F(DocEdit, RefusedEditsLeaveTheFileUntouched) {
     EXPECT_NE(result.err.find(c.error), std::string::npos) << c.args.back() << ": " << result.err;
     EXPECT_TRUE(StateOf(file) == before) << c.args.back();
   }
+}
+
+// An edited timer row is confirmed by the editor's checks; the master box needs a row on and valid.
+TEST_F(DocEdit, TimerRowsAreConfirmedByTheEditorsChecks) {
+  ASSERT_EQ(Run({"doc", "set", "timerDict.timerOn=1", "timerDict.timerArray.2.start=2026-05-01T09:30:00Z"}).status, 0);
+  EXPECT_EQ(Run({"doc", "get", "timerDict.timerArray.2.valid"}).out, "1\n");
+  EXPECT_EQ(Run({"doc", "get", "timerDict.timerOn"}).out, "1\n");
+  ASSERT_EQ(Run({"doc", "set", "timerDict.timerArray.2.onOff=0"}).status, 0);
+  EXPECT_EQ(Run({"doc", "get", "timerDict.timerArray.2.valid"}).out, "1\n");
+  EXPECT_EQ(Run({"doc", "get", "timerDict.timerOn"}).out, "0\n");
 }
 
 TEST_F(DocEdit, SessionCommandsActAsTheMenuDoes) {
