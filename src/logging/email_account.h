@@ -10,7 +10,7 @@
 namespace marigold {
 
 // Recipients may not be at the maker's own domain: the report is never mailed to the maker.
-inline constexpr const char* kMakerMailDomain = "quillon.com";
+inline constexpr const char* kMakerMailDomain = "marigold.example";
 
 // Every account string empty, mSendEmailUseSSL -1 (use TLS when the server offers it).
 PlistDict GetSendEmailDefaultDict();

@@ -10,7 +10,7 @@ inline constexpr const char* kProductName = "Marigold";
 inline constexpr const char* kProductEdition = "Linux";
 inline constexpr const char* kProductShortVersion = "4.0";
 inline constexpr const char* kProductBuild = "400";
-inline constexpr const char* kProductWebAddress = "https://www.quillon.com/marigold/";
+inline constexpr const char* kProductWebAddress = "https://www.marigold.example/";
 // The visible text of the web address's link in an RTF log; also the domain no report goes to.
 inline constexpr const char* kMakerDomain = kMakerMailDomain;
 

@@ -42,6 +42,6 @@ inline constexpr const char* kSubFolderShortMonthTitle = "Short month of year (%
 inline constexpr const char* kRunAsRootTitle = "Run as root";
 
 // The page of the maker's site that explains how to back up a system volume.
-inline constexpr const char* kBootBackupHelpAddress = "https://www.quillon.com/marigold/help/backup-boot-disk.html";
+inline constexpr const char* kBootBackupHelpAddress = "https://www.marigold.example/help/backup-boot-disk.html";
 
 }  // namespace marigold

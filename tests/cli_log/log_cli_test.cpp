@@ -51,7 +51,7 @@ TEST_F(LogCli, EveryRunLeavesItsLogAndLogReadsItBack) {
   const CliResult shown = home.Run({"log"});
   EXPECT_EQ(shown.status, 0);
   EXPECT_NE(shown.out.find("\n\u2022 Errors: 0\n"), std::string::npos);
-  EXPECT_NE(shown.out.find("- by quillon.com\n"), std::string::npos);
+  EXPECT_NE(shown.out.find("- by marigold.example\n"), std::string::npos);
   EXPECT_NE(shown.out.find("Copied file \"" + home.Path("A/caf\xe9.txt") + "\"\n"), std::string::npos);
   EXPECT_EQ(shown.out.find('\r'), std::string::npos);
 }

@@ -50,7 +50,7 @@ TEST_P(MainFolders, AreJudged) {
   }
 }
 
-const std::string kHelp = "\r\rPlease take a look at our web page:\rhttps://www.quillon.com/marigold/help/backup-boot-disk.html";
+const std::string kHelp = "\r\rPlease take a look at our web page:\rhttps://www.marigold.example/help/backup-boot-disk.html";
 
 void NotRoot(GuardCall& call) { call.state.mEuidIsRoot = false; }
 void Root(GuardCall& call) { call.state.mEuidIsRoot = true; }

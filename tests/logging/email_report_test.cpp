@@ -58,7 +58,7 @@ TEST(EmailReport, CleanRunSendsNothingWhenOnlyErrorsAreMailed) {
   EXPECT_TRUE(SendEmailTo(PlistDict{{"prefSendEmail", 0}}, "log", 3, "", {}));
   EXPECT_TRUE(server.Messages().empty());
   // A recipient at the maker's own domain is refused outright.
-  EXPECT_FALSE(SendEmailTo(Prefs(Account(server.port(), "me@quillon.com")), "log", 1, "", {}));
+  EXPECT_FALSE(SendEmailTo(Prefs(Account(server.port(), "me@marigold.example")), "log", 1, "", {}));
 }
 
 TEST(EmailReport, LongLogsTravelAsAttachment) {

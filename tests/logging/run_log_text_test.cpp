@@ -65,7 +65,7 @@ struct LogRun {
 };
 
 std::string ExpectedHeader() {
-  return Repeat("=", 85) + "\r\u2022 Marigold Linux v. 4.0 (Build 400) - 64bit - https://www.quillon.com/marigold/\r" +
+  return Repeat("=", 85) + "\r\u2022 Marigold Linux v. 4.0 (Build 400) - 64bit - https://www.marigold.example/\r" +
          Repeat("=", 85) + "\r" +
          "\r\u2022 OS Info:\r\tOS X version: Debian GNU/Linux 12 (bookworm) (Build 6.1.0-18-amd64)"
          "\r\tMacAddress: 52:54:00:12:34:56\r\tCurrent User: ann (Ann Smith) - User id: 1000 - Group id: 1000"
