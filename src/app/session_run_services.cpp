@@ -41,6 +41,7 @@ SessionRunServices::SessionRunServices(const std::string& exactIndexFolder) : mI
   filter = &mFilter;
   index = &mIndex;
   tasks = &mPlanner;
+  hooks = &mHooks;
 }
 
 }  // namespace marigold

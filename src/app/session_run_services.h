@@ -1,11 +1,12 @@
 // The roles a real run plays with the session's options: the folder checks and unlocking, the
 // filters and exclusions, the exact-sync index, and the task plan (dated sub-folder, multiple
-// list). This is the glue that hands the options to the engine; volumes, scripts and the log are
-// plugged into the same object by their own parts.
+// list), and the session's volumes and scripts. This is the glue that hands the options to the
+// engine; the log is plugged into the same object by its own part.
 #pragma once
 
 #include <string>
 
+#include "app/session_hooks.h"
 #include "engine/exact_sync_index.h"
 #include "engine/folder_guard.h"
 #include "engine/run_services.h"
@@ -54,12 +55,14 @@ class SessionRunServices : public RunServices {
   SessionRunServices& operator=(const SessionRunServices&) = delete;
 
   FolderGuard& guard() { return mGuard; }
+  SessionVolumesAndScripts& sessionHooks() { return mHooks; }
 
  private:
   FolderGuard mGuard;
   SessionItemFilter mFilter;
   SessionExactIndex mIndex;
   SessionTaskPlanner mPlanner;
+  SessionVolumesAndScripts mHooks;
 };
 
 }  // namespace marigold
