@@ -10,6 +10,7 @@
 #include "cli/doc_commands.h"
 #include "cli/run_commands.h"
 #include "cli/terminal_prompts.h"
+#include "cli/volume_commands.h"
 
 namespace {
 
@@ -46,6 +47,8 @@ int main(int argc, char** argv) {
 
   RunCommandArgs runArgs;
   AddRunCommands(cli, runArgs);
+  VolumeCommandArgs volumeArgs;
+  AddVolumeCommands(cli, doc, volumeArgs);
 
   try {
     cli.parse(argc, argv);
@@ -73,5 +76,6 @@ int main(int argc, char** argv) {
   if (*prefsShow) return PrefsShow(app);
   if (docArgs.Chosen()) return ExecuteDocEditCommand(app, prompts, docArgs);
   if (runArgs.Chosen()) return ExecuteRunCommand(app, runArgs);
+  if (volumeArgs.Chosen()) return ExecuteVolumeCommand(app, prompts, volumeArgs);
   return kExitOk;
 }

@@ -115,6 +115,54 @@ bool AddToAutoMountVolumeArray(PlistDict& autoMountDict, const VolumeMountInfo& 
   return true;
 }
 
+std::string TryOneMount(const VolumeRow& row, VolumeMounter& mounter) {
+  switch (row.volumeType) {
+    case kVolumeRemote:
+      if (row.scheme.empty() || row.host.empty()) return MountResultMessage(kMountNotEnoughInformation);
+      if (mounter.MountedRemotePath(row.Remote())) return MountResultMessage(kMountAlreadyMounted);
+      return MountResultMessage(mounter.MountRemote(row.Remote()).code);
+    case kVolumeLocalDisk:
+      return MountResultMessage(row.diskID.empty() ? kMountParameterError
+                                                   : mounter.MountDisk(row.diskID, row.mountPoint).code);
+    case kVolumeDiskImage:
+      return MountResultMessage(row.dmgPath.empty() ? kMountImageFailed
+                                                    : mounter.MountImage(row.dmgPath, row.password, row.mountPoint).code);
+    default:
+      return MountResultMessage(kMountNotEnoughInformation);
+  }
+}
+
+std::string TryOneUnmount(const VolumeRow& row, VolumeMounter& mounter) {
+  const std::string text = VolumeRowText(row);
+  MountResult result;
+  if (row.volumeType == kVolumeRemote) {
+    if (!mounter.MountedRemotePath(row.Remote())) return GLS("The volume") + " " + text + " " + GLS("is already unmounted.");
+    result = mounter.UnmountRemote(row.Remote());
+  } else {
+    if (row.mountPoint.empty() || !mounter.IsMountedVolumePath(row.mountPoint))
+      return GLS("The volume") + " " + text + " " + GLS("is already unmounted.");
+    result = mounter.UnmountDisk(row.mountPoint);
+  }
+  if (result.code == 0) return {};
+  return GLS("Cannot unmount the volume:") + "\r" + text + (result.detail.empty() ? "" : "\r" + result.detail);
+}
+
+VolumeMountInfo GetVolumeMountInfoDictionary(const MountedVolume& volume) {
+  VolumeMountInfo info;
+  info.mountPoint = volume.mountPoint;
+  if (!volume.diskID.empty()) {
+    info.diskID = volume.diskID;
+    info.volumeType = kVolumeLocalDisk;
+    return info;
+  }
+  info.scheme = volume.scheme;
+  info.user = volume.user;
+  info.host = volume.host;
+  info.path = volume.path;
+  info.volumeType = kVolumeRemote;
+  return info;
+}
+
 bool IsOnUmountedVolume(const std::vector<VolumeRow>& rows, const std::string& path,
                         const std::function<bool(const std::string&)>& isMounted) {
   for (const VolumeRow& row : rows) {

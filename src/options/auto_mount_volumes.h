@@ -57,6 +57,13 @@ struct VolumeMountInfo {
 // when no row is free).
 bool AddToAutoMountVolumeArray(PlistDict& autoMountDict, const VolumeMountInfo& info);
 
+// The panel's try buttons on one row: the alert text, "" when there is nothing to say.
+std::string TryOneMount(const VolumeRow& row, VolumeMounter& mounter);
+std::string TryOneUnmount(const VolumeRow& row, VolumeMounter& mounter);
+
+// What a mounted volume gives a row; a disk gives no server key.
+VolumeMountInfo GetVolumeMountInfoDictionary(const MountedVolume& volume);
+
 // True when `path` lies at or under the mount point of one of `rows` and that volume is not
 // mounted now (`isMounted` answers for a mount point).
 bool IsOnUmountedVolume(const std::vector<VolumeRow>& rows, const std::string& path,

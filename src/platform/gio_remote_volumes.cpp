@@ -109,6 +109,33 @@ int MountCodeForGioError(int gioErrorCode, bool passwordRefused) {
   }
 }
 
+std::vector<MountedVolume> GioMountedRemoteVolumes() {
+  std::vector<MountedVolume> volumes;
+  PendingCall call;
+  GPtr<GVolumeMonitor> monitor(g_volume_monitor_get());
+  GList* mounts = g_volume_monitor_get_mounts(monitor.get());
+  for (GList* item = mounts; item != nullptr; item = item->next) {
+    GMount* mount = G_MOUNT(item->data);
+    GPtr<GFile> root(g_mount_get_root(mount));
+    std::unique_ptr<char, GFreeString> uri(g_file_get_uri(root.get()));
+    std::unique_ptr<char, GFreeString> path(g_file_get_path(root.get()));
+    GUri* parsed = uri ? g_uri_parse(uri.get(), G_URI_FLAGS_NONE, nullptr) : nullptr;
+    if (parsed != nullptr && g_strcmp0(g_uri_get_scheme(parsed), "file") != 0) {
+      MountedVolume volume;
+      volume.scheme = g_uri_get_scheme(parsed);
+      if (const char* user = g_uri_get_user(parsed)) volume.user = user;
+      if (const char* host = g_uri_get_host(parsed)) volume.host = host;
+      if (g_uri_get_port(parsed) > 0) volume.host += ":" + std::to_string(g_uri_get_port(parsed));
+      volume.path = g_uri_get_path(parsed);
+      if (path) volume.mountPoint = path.get();
+      volumes.push_back(std::move(volume));
+    }
+    if (parsed != nullptr) g_uri_unref(parsed);
+  }
+  g_list_free_full(mounts, g_object_unref);
+  return volumes;
+}
+
 std::optional<std::string> GioMountedRemotePath(const RemoteVolume& volume) {
   PendingCall call;
   GPtr<GFile> location = LocationOf(volume);

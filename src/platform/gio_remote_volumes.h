@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/volume_mounter.h"
 
@@ -13,6 +14,8 @@ namespace marigold {
 std::optional<std::string> GioMountedRemotePath(const RemoteVolume& volume);
 MountResult GioMountRemote(const RemoteVolume& volume);
 MountResult GioUnmountRemote(const RemoteVolume& volume);
+// The server volumes mounted now, from their root locations.
+std::vector<MountedVolume> GioMountedRemoteVolumes();
 // The auto-mount code for a GIO error code (GIOErrorEnum), given whether a password was already
 // refused once during the attempt.
 int MountCodeForGioError(int gioErrorCode, bool passwordRefused);

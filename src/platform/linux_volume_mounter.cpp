@@ -166,6 +166,18 @@ class LinuxVolumeMounter : public VolumeMounter {
     return holder->type == "fuse.gvfsd-fuse" && ::stat(mountPoint.c_str(), &info) == 0;
   }
 
+  std::vector<MountedVolume> MountedVolumes() override {
+    std::vector<MountedVolume> volumes = GioMountedRemoteVolumes();
+    for (const MountEntry& entry : ReadMountTable()) {
+      if (!entry.source.starts_with("/dev/")) continue;
+      MountedVolume disk;
+      disk.diskID = entry.source;
+      disk.mountPoint = entry.mountPoint;
+      volumes.push_back(std::move(disk));
+    }
+    return volumes;
+  }
+
  private:
   MountResult MountImageWithUdisks(const std::string& imagePath, const std::string& password) {
     if (!UdisksAnswers()) return CannotMountHere();

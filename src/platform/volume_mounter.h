@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace marigold {
 
@@ -34,6 +35,13 @@ struct MountResult {
   std::string detail;      // what the system said, for the log and the system log
 };
 
+// A mounted volume as a row would name it: a server volume by its location, a disk by its device.
+struct MountedVolume {
+  std::string scheme, user, host, path;  // server volumes
+  std::string diskID;                    // disks and images ("/dev/sdb1", "/dev/loop3")
+  std::string mountPoint;                // where its files are
+};
+
 // "scheme://user@host/path" with the user and path percent-escaped; never holds the password.
 std::string RemoteLocationText(const RemoteVolume& volume);
 
@@ -56,6 +64,8 @@ class VolumeMounter {
   // Whether a folder is where a volume is mounted now (a mount point, or a mounted server
   // volume's folder inside the GVfs folder).
   virtual bool IsMountedVolumePath(const std::string& mountPoint) = 0;
+  // Server volumes that GIO knows, then the disks mounted from block devices.
+  virtual std::vector<MountedVolume> MountedVolumes() = 0;
 };
 
 // The system's: GIO for servers, udisks2 or mount/losetup/cryptsetup for disks.
