@@ -104,8 +104,9 @@ void SessionVolumesAndScripts::UnmountAllVolumesForSession(RunState& state, cons
       mMountedByRun.erase(RowKey(row));
       mContext->errors.AppendDetailedLine(GLS("Unmounted the volume") + "\r" + Quoted(text));
     } else {
-      mContext->errors.RecordItemError({GLS("Cannot unmount the volume:"), "\r", Quoted(text),
-                                        detail.empty() ? "" : "\r", detail});
+      std::string message = GLS("Cannot unmount the volume:\r%@");
+      if (const std::size_t at = message.find("%@"); at != std::string::npos) message.replace(at, 2, Quoted(text));
+      mContext->errors.RecordItemError({message, detail.empty() ? "" : "\r", detail});
     }
   }
 }

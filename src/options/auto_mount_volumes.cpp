@@ -12,6 +12,12 @@ bool IsAtOrUnder(const std::string& path, const std::string& folder) {
   return path.size() == folder.size() || folder.back() == '/' || path[folder.size()] == '/';
 }
 
+// The first `marker` of `pattern` replaced by `value`.
+std::string Fill(std::string pattern, std::string_view marker, const std::string& value) {
+  if (const std::size_t at = pattern.find(marker); at != std::string::npos) pattern.replace(at, marker.size(), value);
+  return pattern;
+}
+
 }  // namespace
 
 VolumeRow VolumeRow::FromDict(const PlistDict& row) {
@@ -84,7 +90,7 @@ std::string MountResultMessage(int code) {
     case kMountNoServers: return GLS("Can't mount the volume. No servers at that address.");
     case kMountNotAuthorized: return GLS("Can't mount the volume. User or password not authorized.");
     case kMountAlreadyMounted: return GLS("The volume is already mounted.");
-    default: return GLS("Can't mount the volume. Err") + " " + std::to_string(code) + ".";
+    default: return Fill(GLS("Can't mount the volume. Err %d."), "%d", std::to_string(code));
   }
 }
 
@@ -136,15 +142,15 @@ std::string TryOneUnmount(const VolumeRow& row, VolumeMounter& mounter) {
   const std::string text = VolumeRowText(row);
   MountResult result;
   if (row.volumeType == kVolumeRemote) {
-    if (!mounter.MountedRemotePath(row.Remote())) return GLS("The volume") + " " + text + " " + GLS("is already unmounted.");
+    if (!mounter.MountedRemotePath(row.Remote())) return Fill(GLS("The volume %@ is already unmounted."), "%@", text);
     result = mounter.UnmountRemote(row.Remote());
   } else {
     if (row.mountPoint.empty() || !mounter.IsMountedVolumePath(row.mountPoint))
-      return GLS("The volume") + " " + text + " " + GLS("is already unmounted.");
+      return Fill(GLS("The volume %@ is already unmounted."), "%@", text);
     result = mounter.UnmountDisk(row.mountPoint);
   }
   if (result.code == 0) return {};
-  return GLS("Cannot unmount the volume:") + "\r" + text + (result.detail.empty() ? "" : "\r" + result.detail);
+  return Fill(GLS("Cannot unmount the volume:\r%@"), "%@", text) + (result.detail.empty() ? "" : "\r" + result.detail);
 }
 
 VolumeMountInfo GetVolumeMountInfoDictionary(const MountedVolume& volume) {

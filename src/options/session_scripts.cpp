@@ -10,6 +10,12 @@ const char* CompileFailureKey(int which) {
   return which == 1 ? "Error compiling the first AppleScript." : "Error compiling the second AppleScript.";
 }
 
+// The first `marker` of `pattern` replaced by `value`.
+std::string Fill(std::string pattern, std::string_view marker, const std::string& value) {
+  if (const std::size_t at = pattern.find(marker); at != std::string::npos) pattern.replace(at, marker.size(), value);
+  return pattern;
+}
+
 }  // namespace
 
 std::optional<std::string> ActiveScriptText(const PlistDict& appleScriptDict, int which) {
@@ -45,8 +51,8 @@ std::string AddAppleScriptErrorDescription(const ScriptProblem& problem) {
 }
 
 std::string ScriptRunFailureMessage(int which, const std::string& sessionName) {
-  return GLS("Error running the AppleScript") + " " + GLS(which == 1 ? "before" : "after") + " " +
-         GLS("the session") + " \"" + sessionName + "\".";
+  const std::string pattern = GLS("Error running the AppleScript %@ the session \"%@\".");
+  return Fill(Fill(pattern, "%@", GLS(which == 1 ? "before" : "after")), "%@", sessionName);
 }
 
 std::optional<ScriptPanelRefusal> CheckScriptsBeforeStoring(const PlistDict& appleScriptDict) {

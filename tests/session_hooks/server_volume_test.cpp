@@ -73,8 +73,9 @@ TEST_F(ServerVolume, AWrongPasswordIsNotAuthorisedAndNothingIsScanned) {
   AddServerRow("not-the-password");
   h.Run(0, kExecutedByCommandLine);
   ExpectRefusedBeforeTheScan();
-  if (!h.Errors().empty())
+  if (!h.Errors().empty()) {
     EXPECT_NE(h.Errors()[0].find("Can't mount the volume. User or password not authorized."), std::string::npos);
+  }
 }
 
 TEST_F(ServerVolume, AServerThatIsDownIsRefusedBeforeAnythingIsScanned) {

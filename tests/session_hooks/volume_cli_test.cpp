@@ -43,7 +43,7 @@ TEST_F(VolumeCli, ScriptCheckPrintsWhatThePanelWouldSay) {
             0);
   const CliResult bad = h.Run({"doc", "script-check", file});
   EXPECT_EQ(bad.status, 1);
-  EXPECT_EQ(bad.out.rfind("Error compiling the second AppleScript.\nError: 2.\n", 0), 0u) << bad.out;
+  EXPECT_EQ(bad.out.rfind("Error in the second script.\nError: 2.\n", 0), 0u) << bad.out;
 
   ASSERT_EQ(h.Run({"doc", "set", file, "appleScriptDict.asEndText=true"}).status, 0);
   const CliResult good = h.Run({"doc", "script-check", file});
