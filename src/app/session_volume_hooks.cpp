@@ -112,8 +112,12 @@ void SessionVolumesAndScripts::UnmountAllVolumesForSession(RunState& state, cons
 }
 
 bool SessionVolumesAndScripts::IsOnUmountedVolume(RunState&, const std::string& path) {
-  return marigold::IsOnUmountedVolume(mRows, path,
-                                      [this](const std::string& mountPoint) { return mMounter.IsMountedVolumePath(mountPoint); });
+  // A server volume is asked about through GIO: the folder GVfs shows for it may linger a moment
+  // after it went.
+  return marigold::IsOnUmountedVolume(mRows, path, [this](const VolumeRow& row) {
+    return row.volumeType == kVolumeRemote ? mMounter.MountedRemotePath(row.Remote()).has_value()
+                                           : mMounter.IsMountedVolumePath(row.mountPoint);
+  });
 }
 
 }  // namespace marigold

@@ -170,9 +170,9 @@ VolumeMountInfo GetVolumeMountInfoDictionary(const MountedVolume& volume) {
 }
 
 bool IsOnUmountedVolume(const std::vector<VolumeRow>& rows, const std::string& path,
-                        const std::function<bool(const std::string&)>& isMounted) {
+                        const std::function<bool(const VolumeRow&)>& isMounted) {
   for (const VolumeRow& row : rows) {
-    if (IsAtOrUnder(path, row.mountPoint) && !isMounted(row.mountPoint)) return true;
+    if (IsAtOrUnder(path, row.mountPoint) && !isMounted(row)) return true;
   }
   return false;
 }

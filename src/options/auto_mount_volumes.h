@@ -65,8 +65,8 @@ std::string TryOneUnmount(const VolumeRow& row, VolumeMounter& mounter);
 VolumeMountInfo GetVolumeMountInfoDictionary(const MountedVolume& volume);
 
 // True when `path` lies at or under the mount point of one of `rows` and that volume is not
-// mounted now (`isMounted` answers for a mount point).
+// mounted now (`isMounted` answers for a row).
 bool IsOnUmountedVolume(const std::vector<VolumeRow>& rows, const std::string& path,
-                        const std::function<bool(const std::string&)>& isMounted);
+                        const std::function<bool(const VolumeRow&)>& isMounted);
 
 }  // namespace marigold

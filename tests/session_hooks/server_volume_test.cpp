@@ -3,8 +3,6 @@
 // before anything is scanned.
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include "app/session_hooks.h"
 #include "engine/folder_guard.h"
 #include "session_hooks/sftp_server.h"
@@ -65,8 +63,8 @@ TEST_F(ServerVolume, TheSessionMountsTheServerBacksUpOntoItAndUnmountsIt) {
   const std::string log = h.Task(0, 0).GetString("gDetailedLogText");
   EXPECT_NE(log.find("Mounted the volume\r" + Location()), std::string::npos) << log;
   EXPECT_NE(log.find("Unmounted the volume\r" + Location()), std::string::npos) << log;
-  struct stat info {};
-  EXPECT_NE(::stat(server.fuseRoot().c_str(), &info), 0) << "the server is still mounted";
+  EXPECT_FALSE(SystemVolumeMounter().MountedRemotePath({"sftp", SftpServer::kUser, "", server.host(), "/"}))
+      << "the server is still mounted";
 }
 
 TEST_F(ServerVolume, AWrongPasswordIsNotAuthorisedAndNothingIsScanned) {

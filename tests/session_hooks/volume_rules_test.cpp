@@ -93,7 +93,7 @@ TEST(VolumeRules, AFolderUnderTheMountPointOfAVolumeThatIsNotThereIsOnAnUnmounte
   disk.mountPoint = "/mnt/backup";
   const std::vector<VolumeRow> rows{disk};
   bool mounted = false;
-  auto isMounted = [&](const std::string&) { return mounted; };
+  auto isMounted = [&](const VolumeRow&) { return mounted; };
   EXPECT_TRUE(IsOnUmountedVolume(rows, "/mnt/backup", isMounted));
   EXPECT_TRUE(IsOnUmountedVolume(rows, "/mnt/backup/daily", isMounted));
   EXPECT_FALSE(IsOnUmountedVolume(rows, "/mnt/backup2", isMounted));
