@@ -49,12 +49,6 @@ INSTANTIATE_TEST_SUITE_P(
         ScriptCase{"MissingCommandNamesItsLine", "true\nno-such-command-here", true, false, 127, 2, "not found"}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(Scripts, OutputOfBothStreamsIsKept) {
-  const ScriptRun run = RunShellScript("echo out; echo err >&2", {}, nullptr);
-  EXPECT_TRUE(run.succeeded);
-  EXPECT_EQ(run.output, "out\nerr\n");
-}
-
 // Stop ends the script and what it started in the background, at once.
 TEST(Scripts, StopEndsTheWholeProcessGroup) {
   TempFolder temp;

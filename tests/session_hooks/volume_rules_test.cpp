@@ -91,14 +91,12 @@ TEST(VolumeRules, AMountedVolumeIsAddedOnceIntoTheFirstFreeRow) {
 TEST(VolumeRules, AFolderUnderTheMountPointOfAVolumeThatIsNotThereIsOnAnUnmountedVolume) {
   VolumeRow disk;
   disk.mountPoint = "/mnt/backup";
-  const std::vector<VolumeRow> rows{disk};
   bool mounted = false;
-  auto isMounted = [&](const VolumeRow&) { return mounted; };
-  EXPECT_TRUE(IsOnUmountedVolume(rows, "/mnt/backup", isMounted));
-  EXPECT_TRUE(IsOnUmountedVolume(rows, "/mnt/backup/daily", isMounted));
-  EXPECT_FALSE(IsOnUmountedVolume(rows, "/mnt/backup2", isMounted));
+  auto isOn = [&](const char* path) { return IsOnUmountedVolume({disk}, path, [&](const VolumeRow&) { return mounted; }); };
+  EXPECT_TRUE(isOn("/mnt/backup") && isOn("/mnt/backup/daily"));
+  EXPECT_FALSE(isOn("/mnt/backup2"));
   mounted = true;
-  EXPECT_FALSE(IsOnUmountedVolume(rows, "/mnt/backup/daily", isMounted));
+  EXPECT_FALSE(isOn("/mnt/backup/daily"));
 }
 
 TEST(VolumeRules, TheLocationNeverHoldsThePassword) {
