@@ -10,6 +10,7 @@ packages=(
   clang libclang-rt-14-dev rsync attr acl python3
   e2fsprogs xfsprogs btrfs-progs exfatprogs exfat-fuse util-linux mount
   unrtf
+  gvfs gvfs-backends gvfs-fuse dbus openssh-server cryptsetup-bin fuse3
 )
 
 missing=()

@@ -43,6 +43,7 @@ SessionRunServices::SessionRunServices(const std::string& exactIndexFolder, cons
   index = &mIndex;
   tasks = &mPlanner;
   log = &mLog;
+  hooks = &mHooks;
 }
 
 }  // namespace marigold

@@ -1,11 +1,12 @@
 // The roles a real run plays with the session's options: the folder checks and unlocking, the
-// filters and exclusions, the exact-sync index, the task plan (dated sub-folder, multiple list)
-// and the run log. This is the glue that hands the options to the engine; volumes and scripts
-// are plugged into the same object by their own parts.
+// filters and exclusions, the exact-sync index, the task plan (dated sub-folder, multiple list),
+// the session's volumes and scripts, and the run log. This is the glue that hands the options to
+// the engine.
 #pragma once
 
 #include <string>
 
+#include "app/session_hooks.h"
 #include "engine/exact_sync_index.h"
 #include "engine/folder_guard.h"
 #include "engine/run_services.h"
@@ -57,6 +58,7 @@ class SessionRunServices : public RunServices {
 
   FolderGuard& guard() { return mGuard; }
   RunLogWriter& runLog() { return mLog; }
+  SessionVolumesAndScripts& sessionHooks() { return mHooks; }
 
  private:
   FolderGuard mGuard;
@@ -64,6 +66,7 @@ class SessionRunServices : public RunServices {
   SessionExactIndex mIndex;
   SessionTaskPlanner mPlanner;
   RunLogWriter mLog;
+  SessionVolumesAndScripts mHooks;
 };
 
 }  // namespace marigold

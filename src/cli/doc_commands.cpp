@@ -1,7 +1,10 @@
 #include "cli/doc_commands.h"
 
+#include <glib.h>
+
 #include <cstdio>
 #include <iostream>
+#include <memory>
 
 #include "app/document_edit.h"
 #include "model/document_model.h"
@@ -10,6 +13,7 @@
 #include "cli/doc_checks.h"
 #include "platform/clock.h"
 #include "scheduling/timer_editor.h"
+#include "util/well_scramble.h"
 
 namespace marigold {
 namespace {
@@ -91,7 +95,18 @@ int DocSet(MainApp& app, const DocCommandArgs& args) {
     if (!chosen) return Refuse(error);
     index = *chosen;
   }
-  for (const std::string& assignment : args.assignments) {
+  for (const std::string& given : args.assignments) {
+    std::string assignment = given;
+    // A password never goes on a command line, where every user could read it: "-" reads it
+    // from standard input, and it is stored scrambled.
+    if (given.ends_with(".password=-")) {
+      std::string password;
+      std::getline(std::cin, password);
+      if (!password.empty() && password.back() == '\r') password.pop_back();
+      const PlistData scrambled = SetWellData(password);
+      std::unique_ptr<gchar, decltype(&g_free)> text(g_base64_encode(scrambled.data(), scrambled.size()), &g_free);
+      assignment = given.substr(0, given.size() - 1) + text.get();
+    }
     if (!ApplyAssignment(edited, index, assignment, error)) return Refuse(error);
   }
   if (std::optional<std::string> problem = ConfirmEditedTimers(before, edited)) return Refuse(*problem);

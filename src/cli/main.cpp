@@ -12,6 +12,7 @@
 #include "cli/run_commands.h"
 #include "cli/terminal_prompts.h"
 #include "cli/timer_commands.h"
+#include "cli/volume_commands.h"
 
 namespace {
 
@@ -52,6 +53,8 @@ int main(int argc, char** argv) {
   AddLogCommands(cli, *prefs, logArgs);
   TimerCommandArgs timerArgs;
   AddTimerCommands(cli, timerArgs);
+  VolumeCommandArgs volumeArgs;
+  AddVolumeCommands(cli, doc, volumeArgs);
 
   try {
     cli.parse(argc, argv);
@@ -81,5 +84,6 @@ int main(int argc, char** argv) {
   if (runArgs.Chosen()) return ExecuteRunCommand(app, runArgs);
   if (logArgs.Chosen()) return ExecuteLogCommand(app, logArgs);
   if (timerArgs.Chosen()) return ExecuteTimerCommand(app, prompts, timerArgs);
+  if (volumeArgs.Chosen()) return ExecuteVolumeCommand(app, prompts, volumeArgs);
   return kExitOk;
 }

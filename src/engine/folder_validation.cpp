@@ -90,8 +90,11 @@ bool FolderValidation::ResolveSide(bool source, const std::string& path, std::st
                                    int forceToCase) {
   RunState& state = mContext.state;
   FileSystem& fs = mContext.fs;
+  // The folder of a volume that is not mounted may still be there, empty: it is refused as
+  // missing, never scanned as a side with nothing in it.
+  const bool onUnmountedVolume = !path.empty() && mContext.services.hooks->IsOnUmountedVolume(state, path);
   auto attributes = fs.GetAttributes(path);
-  if (!attributes) {
+  if (!attributes || onUnmountedVolume) {
     const std::string notDefinedA = GLS("Source Folder not defined");
     const std::string notDefinedB = GLS("Destination Folder not defined");
     std::string message;
@@ -101,7 +104,7 @@ bool FolderValidation::ResolveSide(bool source, const std::string& path, std::st
     } else {
       message = GLS(source ? "Cannot find the source folder:" : "Cannot find the destination folder:") + "\r\"" +
                 path + "\"";
-      if (isOnUnmountedVolume && isOnUnmountedVolume(path))
+      if (onUnmountedVolume)
         message += GLS("\rbecause I cannot mount the volume it resides on");
       else if (!attributes.Error().IsMissing())
         message += "\r" + attributes.Error().Message();

@@ -4,7 +4,6 @@
 // recorded through the error path (AddErrQuickly with the caller's case). Runs on the worker.
 #pragma once
 
-#include <functional>
 #include <string>
 
 #include "engine/boot_volumes.h"
@@ -20,10 +19,6 @@ class FolderValidation {
   // texts when a folder is not given) and returns whether the task may run. `forceToCase` is
   // handed to AddErrQuickly unchanged.
   bool FoldersAreValid(const std::string& source, const std::string& dest, int forceToCase);
-
-  // Answers whether a missing path lies on a volume that could not be mounted (it adds the
-  // reason to the message); unset: never.
-  std::function<bool(const std::string&)> isOnUnmountedVolume;
 
  private:
   // One side: found, links resolved. False when the error was recorded.

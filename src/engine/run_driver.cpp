@@ -104,6 +104,10 @@ void RunDriver::PurgeBeforeWholeSyncBackup(std::int64_t sessionIndex, int execut
   s.gGlobalError = 0;
   s.gAtLeastOneItemDone = false;
   s.gTrashDetailedLogText.clear();
+  s.gDetailedLogText.clear();
+  s.gTotError = 0;
+  mSessionLogText.clear();
+  mSessionErrors = 0;
 
   const std::int64_t logKind = mPreferences.GetInt("prefLogKind");
   s.gMakeDetailedLog = logKind == 2;
@@ -111,6 +115,7 @@ void RunDriver::PurgeBeforeWholeSyncBackup(std::int64_t sessionIndex, int execut
   const std::int64_t deltaField = mPreferences.GetInt("prefModificationDeltaField");
   s.gModificationDelta = mPreferences.IsFlagOn("prefModificationDelta") && deltaField > 0 ? deltaField : 0;
   mContext.proxy.RunStarted();
+  if (!s.mDryRun) mContext.services.hooks->GetExecutiveAppleScripts(s, mDocument, sessionIndex);
 }
 
 bool RunDriver::ScanAllSessions() {
@@ -149,7 +154,7 @@ bool RunDriver::MainCopy() {
       }
     }
     mState.gTotMultiDone = tasksDone;
-    PurgeAfterCopyOneSession(sessionIndex);
+    PurgeAfterCopyOneSession(*sessionRecord);
   }
   return true;
 }
@@ -200,7 +205,15 @@ void RunDriver::PurgeAfterWholeSyncBackup() {
         mContext.fs.SetBackupDate(s.gDestFolder, s.gStartSyncDateTimeUTC);
       }
     }
-    if (const PlistDict* session = Session(sessionIndex)) mContext.services.hooks->UnmountAllVolumesForSession(s, *session);
+    if (const PlistDict* session = Session(sessionIndex)) {
+      s.gDetailedLogText.clear();
+      s.gTotError = 0;
+      mContext.services.hooks->UnmountAllVolumesForSession(s, *session);
+      sessionErrors += s.gTotError;
+      s.gGlobalError += s.gTotError;
+      if (PlistArray* tasks = sessionRecord->GetArray("logTaskArray"))
+        AddToLastTaskRecord(*tasks, s.gDetailedLogText, s.gTotError);
+    }
     sessionRecord->Set("gTotError", sessionErrors);
   }
 }

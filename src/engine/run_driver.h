@@ -96,7 +96,7 @@ class RunDriver {
   void PurgeAfterScanOneTask(std::int64_t taskIndex);
   void PurgeBeforeCopyOneTask();
   void PurgeAfterCopyOneTask(PlistDict& taskRecord);
-  void PurgeAfterCopyOneSession(std::int64_t index);
+  void PurgeAfterCopyOneSession(PlistDict& sessionRecord);
   // Copies the task of `record` (its trees) in the session being copied.
   void CopyOneTask(std::int64_t sessionIndex, PlistDict& record);
   const PlistDict* Session(std::int64_t index) const;
@@ -120,6 +120,10 @@ class RunDriver {
   double mUpdateInterval = 0;       // seconds between two refreshes of the items-to-do count
   SideCopyCounters mCopyTotals;
   std::vector<TaskTree> mScannedTrees;
+  // What the session's scripts and volumes logged and counted before its first task: it joins
+  // that task's record.
+  std::string mSessionLogText;
+  std::int64_t mSessionErrors = 0;
 };
 
 }  // namespace marigold

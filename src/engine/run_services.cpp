@@ -28,9 +28,11 @@ bool ExactIndexStore::WriteExactSyncIndex(RunState&, const PlistDict&, int) { re
 std::optional<std::string> TaskPlanner::GetDestSubFolderName(RunState&, const std::string&) { return std::nullopt; }
 PlistArray TaskPlanner::ExecutiveMultiArray(RunState&, const PlistDict&) { return {}; }
 
+void SessionHooks::GetExecutiveAppleScripts(RunState&, const PlistDict&, std::int64_t) {}
 bool SessionHooks::MountAllVolumesForSession(RunState&, const PlistDict&) { return true; }
 void SessionHooks::UnmountAllVolumesForSession(RunState&, const PlistDict&) {}
 void SessionHooks::ExecuteAppleScript(RunState&, const PlistDict&, int) {}
+bool SessionHooks::IsOnUmountedVolume(RunState&, const std::string&) { return false; }
 
 void RunLog::MakeLog(RunState&) {}
 

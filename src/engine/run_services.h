@@ -93,12 +93,21 @@ class TaskPlanner : public virtual RunRole {
 };
 
 // What runs around a session: volumes mounted before it and unmounted after it, and its scripts.
+// Lines and errors they record before a session's first task join that task's record; those after
+// its last task join the last one.
 class SessionHooks : public virtual RunRole {
  public:
+  // A run (not a dry run) begins: the scripts of the session at `sessionIndex`, or of every
+  // session for "All Sessions", are compiled once. Default: none.
+  virtual void GetExecutiveAppleScripts(RunState& state, const PlistDict& document, std::int64_t sessionIndex);
+  // False when a volume failed and the error handler ended the run.
   virtual bool MountAllVolumesForSession(RunState& state, const PlistDict& session);
   virtual void UnmountAllVolumesForSession(RunState& state, const PlistDict& session);
   // `which` 1 = before the session, 2 = after it.
   virtual void ExecuteAppleScript(RunState& state, const PlistDict& session, int which);
+  // The path lies on one of the current session's volumes, and that volume is not mounted now:
+  // its folder must not be taken for the volume's (empty) contents. Default: false.
+  virtual bool IsOnUmountedVolume(RunState& state, const std::string& path);
 };
 
 // The run log: composed after the copy, saved, pruned and mailed.

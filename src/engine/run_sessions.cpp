@@ -1,6 +1,7 @@
 // The sessions and tasks of a run: how each session's tasks are found, scanned and recorded, and
 // how each recorded task is copied.
 #include <algorithm>
+#include <utility>
 
 #include "model/document_model.h"
 #include "engine/copy_mode.h"
@@ -173,6 +174,8 @@ void RunDriver::PurgeBeforeScanOneSession(std::int64_t index) {
   if (!mState.mDryRun) mContext.services.hooks->ExecuteAppleScript(s, *session, 1);
   ReadSessionSwitches(*session, s.session);
   if (s.IsRunOn()) mContext.services.hooks->MountAllVolumesForSession(s, *session);
+  mSessionLogText += std::exchange(s.gDetailedLogText, {});
+  mSessionErrors += std::exchange(s.gTotError, 0);
   PurgeBeforeScanAndCopyOneSession(index);
 }
 
@@ -187,6 +190,7 @@ void RunDriver::PurgeBeforeScanAndCopyOneSession(std::int64_t index) {
 }
 
 void RunDriver::PurgeAfterScanOneSession(std::int64_t index) {
+  AddToLastTaskRecord(mLogTaskArray, mSessionLogText, mSessionErrors);
   PlistDict record{{"sessionIndex", index}, {"logTaskArray", std::move(mLogTaskArray)}};
   mLogTaskArray.clear();
   if (const PlistDict* session = Session(index)) {
@@ -202,8 +206,8 @@ void RunDriver::PurgeBeforeScanOneTask() {
   s.scan = {};
   s.gItemsToDo = 0;
   s.gConflictsSkipped = 0;
-  s.gTotError = 0;
-  s.gDetailedLogText.clear();
+  s.gTotError = std::exchange(mSessionErrors, 0);
+  s.gDetailedLogText = std::exchange(mSessionLogText, {});
   s.restoreBackupDateArray.clear();
   s.gCompareExactSyncAtIndex = false;
   s.mainSourceFolderBackupDate.reset();
@@ -270,10 +274,14 @@ void RunDriver::PurgeAfterCopyOneTask(PlistDict& record) {
   mState.gDetailedLogText.clear();
 }
 
-void RunDriver::PurgeAfterCopyOneSession(std::int64_t index) {
-  const PlistDict* session = Session(index);
-  if (session != nullptr && mState.IsRunOn() && !mState.mDryRun)
-    mContext.services.hooks->ExecuteAppleScript(mState, *session, 2);
+void RunDriver::PurgeAfterCopyOneSession(PlistDict& sessionRecord) {
+  const PlistDict* session = Session(sessionRecord.GetInt("sessionIndex"));
+  if (session == nullptr || !mState.IsRunOn() || mState.mDryRun) return;
+  mState.gDetailedLogText.clear();
+  mState.gTotError = 0;
+  mContext.services.hooks->ExecuteAppleScript(mState, *session, 2);
+  if (PlistArray* tasks = sessionRecord.GetArray("logTaskArray"))
+    AddToLastTaskRecord(*tasks, mState.gDetailedLogText, mState.gTotError);
 }
 
 }  // namespace marigold

@@ -59,4 +59,14 @@ void AddCopyCounters(SideCopyCounters& total, const SideCopyCounters& add) {
   total.ItemInvisible += add.ItemInvisible;
 }
 
+void AddToLastTaskRecord(PlistArray& tasks, std::string& text, std::int64_t& errors) {
+  PlistDict* last = tasks.empty() ? nullptr : tasks.back().AsDict();
+  if (last != nullptr && (!text.empty() || errors != 0)) {
+    last->Set("gDetailedLogText", last->GetString("gDetailedLogText") + text);
+    last->Set("gTotError", last->GetInt("gTotError") + errors);
+  }
+  text.clear();
+  errors = 0;
+}
+
 }  // namespace marigold

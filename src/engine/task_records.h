@@ -17,6 +17,10 @@ PlistDict MakeTaskRecord(std::int64_t taskIndex, const RunState& state);
 // Completes a task record after its copy: the eight copy counters of each side, the copy's
 // errors added to "gTotError", the copy's detailed text appended.
 void StoreCopyCounters(const RunState& state, PlistDict& record);
+// Adds `text` and `errors` (lines and errors of a session's volumes and scripts) to the last
+// record of `tasks`, then empties them; with no record they are dropped (the errors were handled
+// when they happened).
+void AddToLastTaskRecord(PlistArray& tasks, std::string& text, std::int64_t& errors);
 // `total` += `add`, field by field.
 void AddCopyCounters(SideCopyCounters& total, const SideCopyCounters& add);
 
