@@ -55,12 +55,16 @@ std::optional<std::string> DroppedFolder(const QMimeData* data) {
 
 }  // namespace
 
-ConsoleWindow::ConsoleWindow() : mPrompts(this), mCountdown(SteadySeconds) {
+ConsoleWindow::ConsoleWindow(FileSystem* fs) : mPrompts(this), mCountdown(SteadySeconds) {
   setObjectName(QStringLiteral("ConsoleWindow"));
   setWindowIcon(QIcon::fromTheme(QStringLiteral("marigold")));
   mProxy = new DesktopProxy(this);
   connect(mProxy, &DesktopProxy::progressChanged, this, &ConsoleWindow::DrawProgress);
-  mFs = std::make_unique<LinuxFileSystem>();
+  if (fs == nullptr) {
+    mOwnFs = std::make_unique<LinuxFileSystem>();
+    fs = mOwnFs.get();
+  }
+  mFs = fs;
 
   auto* toolbar = addToolBar(ToQ(GLS("Console")));
   toolbar->setObjectName(QStringLiteral("ConsoleToolbar"));
@@ -304,6 +308,7 @@ void ConsoleWindow::SelectIndex(std::int64_t index) {
 void ConsoleWindow::SetDocumentSessions() {
   RebuildSessionMenu();
   ShowSession();
+  ShowPanel("console");
 }
 
 void ConsoleWindow::RebuildSessionMenu() {

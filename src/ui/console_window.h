@@ -37,7 +37,8 @@ class LinuxFileSystem;
 class ConsoleWindow : public QMainWindow, public DocumentHost {
   Q_OBJECT
  public:
-  ConsoleWindow();
+  // Runs read and write through `fs` (the system's when null), which must outlive the window.
+  explicit ConsoleWindow(FileSystem* fs = nullptr);
   ~ConsoleWindow() override;
 
   // The prompts the application object must use, so that its questions open over this window.
@@ -108,7 +109,8 @@ class ConsoleWindow : public QMainWindow, public DocumentHost {
   DesktopPrompts mPrompts;
   MainApp* mApp = nullptr;
   DesktopProxy* mProxy = nullptr;
-  std::unique_ptr<LinuxFileSystem> mFs;
+  std::unique_ptr<LinuxFileSystem> mOwnFs;
+  FileSystem* mFs = nullptr;
   std::unique_ptr<RunController> mRun;
   SyncAndQuitCountdown mCountdown;
   QTimer mCountdownTimer;
