@@ -77,6 +77,7 @@ void ConsoleWindow::RunConcluded(const RunOutcome& outcome) {
   DrawProgress();
   mProgress->setVisible(false);
   mBytes->clear();
+  mBytes->setVisible(false);
   mLogText = outcome.logText;
   if (outcome.ending == RunEnding::kCouldNotStart && !outcome.couldNotStartReason.empty())
     ShowAlert(this, WarningAlert(outcome.couldNotStartReason));
@@ -117,6 +118,7 @@ void ConsoleWindow::DrawProgress() {
     }
   }
   if (progress.indeterminate) mProgress->setRange(0, 0);
+  mBytes->setVisible(mRunning && progress.bytesTotal > 0);
   if (progress.bytesTotal > 0) {
     const QLocale locale;
     mBytes->setText(locale.formattedDataSize(static_cast<qint64>(progress.bytesCopied)) + QStringLiteral(" / ") +

@@ -93,7 +93,7 @@ ConsoleWindow::ConsoleWindow(FileSystem* fs) : mPrompts(this), mCountdown(Steady
   mNavigation = new QListWidget(central);
   mNavigation->setObjectName(QStringLiteral("panels"));
   mNavigation->addItem(ToQ(GLS("Console")));
-  mNavigation->setMaximumWidth(150);
+  mNavigation->setMaximumWidth(130);
   mNavigation->setCurrentRow(0);
   row->addWidget(mNavigation);
   mPanels = new QStackedWidget(central);
@@ -188,6 +188,7 @@ QWidget* ConsoleWindow::BuildConsole() {
   mProgress->setVisible(false);
   mBytes = new QLabel(status);
   mBytes->setObjectName(QStringLiteral("bytes"));
+  mBytes->setVisible(false);
   mTaskComment = new QLabel(status);
   mTaskComment->setObjectName(QStringLiteral("taskComment"));
   mTaskComment->setWordWrap(true);

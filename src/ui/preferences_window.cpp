@@ -71,6 +71,7 @@ PreferencesWindow::PreferencesWindow(Preferences& preferences, bool runningAsRoo
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   layout->addWidget(buttons);
   Fill();
+  resize(sizeHint().width() + 40, sizeHint().height());
 }
 
 QCheckBox* PreferencesWindow::AddBox(const std::string& key, const char* title) {
@@ -162,6 +163,8 @@ QWidget* PreferencesWindow::MailTab() {
 }
 
 void PreferencesWindow::Fill() {
+  // The controls report each change; none may be read back until all are filled.
+  mFilling = true;
   for (auto& [key, box] : mBoxes) box->setChecked(*CheckBoxValue(mPanel, key) != 0);
   for (auto& [key, popUp] : mPopUps) {
     const int at = popUp->findData(QVariant::fromValue<qlonglong>(*CheckBoxValue(mPanel, key)));
@@ -169,6 +172,7 @@ void PreferencesWindow::Fill() {
   }
   for (auto& [key, field] : mFields) field->setValue(static_cast<int>(*CheckBoxValue(mPanel, key)));
   mLogFolder->setText(ToQ(mPanel.prefPathLogFolder));
+  mFilling = false;
   UpdateEnabling();
 }
 
@@ -180,7 +184,7 @@ void PreferencesWindow::Collect() {
 }
 
 void PreferencesWindow::UpdateEnabling() {
-  if (mPopUps.size() < PreferenceChoices("prefOnError").size()) return;  // still being built
+  if (mFilling) return;
   Collect();
   const PreferencesEnabling on = PrefEnabling(mPanel);
   mPopUps.at("prefSaveLogFileWhen")->setEnabled(on.saveLogFileWhen);

@@ -41,6 +41,7 @@ class PreferencesWindow : public QDialog {
 
   Preferences& mPreferences;
   bool mRunningAsRoot;
+  bool mFilling = true;
   PreferencesPanelValues mPanel;
   QTabWidget* mTabs = nullptr;
   QLineEdit* mLogFolder = nullptr;

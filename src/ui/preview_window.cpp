@@ -1,7 +1,7 @@
 #include "ui/preview_window.h"
 
 #include <QApplication>
-#include <QDialogButtonBox>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMouseEvent>
@@ -50,19 +50,24 @@ PreviewWindow::PreviewWindow(PreviewEditor& editor, QWidget* parent)
   mTallies->setWordWrap(true);
   layout->addWidget(mTallies);
 
-  auto* buttons = new QDialogButtonBox(this);
-  auto* next = buttons->addButton(ToQ(GLS("Next Deletion")), QDialogButtonBox::ActionRole);
+  // Next Deletion stands apart on the left; Continue, the default, ends the row.
+  auto* buttons = new QHBoxLayout;
+  auto* next = new QPushButton(ToQ(GLS("Next Deletion")), this);
   next->setToolTip(ToQ(GLS("Select the next item to be deleted; with Alt, the previous one")));
-  auto* stop = buttons->addButton(ToQ(GLS("Stop")), QDialogButtonBox::RejectRole);
+  auto* stop = new QPushButton(ToQ(GLS("Stop")), this);
   stop->setObjectName(QStringLiteral("stop"));
-  auto* go = buttons->addButton(ToQ(GLS("Continue")), QDialogButtonBox::AcceptRole);
+  auto* go = new QPushButton(ToQ(GLS("Continue")), this);
   go->setObjectName(QStringLiteral("continue"));
   go->setDefault(true);
   connect(next, &QPushButton::clicked, this,
           [this] { SelectNextDeletion(QApplication::keyboardModifiers() & Qt::AltModifier); });
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  layout->addWidget(buttons);
+  connect(stop, &QPushButton::clicked, this, &QDialog::reject);
+  connect(go, &QPushButton::clicked, this, &QDialog::accept);
+  buttons->addWidget(next);
+  buttons->addStretch(1);
+  buttons->addWidget(stop);
+  buttons->addWidget(go);
+  layout->addLayout(buttons);
   ShowTallies();
   resize(820, 520);
 }

@@ -45,8 +45,10 @@ ReplaceDialog::ReplaceDialog(const ReplaceRequest& request, QWidget* parent) : Q
   auto* buttons = new QHBoxLayout;
   auto* stop = new QPushButton(ToQ(GLS("Stop")), this);
   stop->setObjectName(QStringLiteral("stop"));
+  stop->setAutoDefault(false);
   mSkip = new QPushButton(this);
   mSkip->setObjectName(QStringLiteral("skip"));
+  mSkip->setAutoDefault(false);
   mReplace = new QPushButton(this);
   mReplace->setObjectName(QStringLiteral("replace"));
   mReplace->setDefault(true);
@@ -63,7 +65,8 @@ ReplaceDialog::ReplaceDialog(const ReplaceRequest& request, QWidget* parent) : Q
   connect(mSkip, &QPushButton::clicked, this, [finish] { finish(kReplaceResultSkip); });
   connect(mReplace, &QPushButton::clicked, this, [finish] { finish(kReplaceResultReplace); });
   ShowTexts();
-  setMinimumWidth(560);
+  setMinimumWidth(640);
+  mReplace->setFocus();
 }
 
 void ReplaceDialog::ShowTexts() {
@@ -84,19 +87,27 @@ QWidget* ReplaceDialog::SideBox(const std::string& path, const ReplaceSide& side
   auto* layout = new QVBoxLayout(box);
   const QString qpath = ToQ(path);
   auto* icon = new QLabel(box);
-  icon->setPixmap(QFileIconProvider().icon(QFileInfo(qpath)).pixmap(48, 48));
+  const QFileIconProvider icons;
+  const QIcon kindIcon = side.kind == ItemKind::kFolder ? icons.icon(QFileIconProvider::Folder)
+                                                        : icons.icon(QFileIconProvider::File);
+  icon->setPixmap(kindIcon.pixmap(48, 48));
+  icon->setEnabled(side.exists);
   icon->setAlignment(Qt::AlignCenter);
   layout->addWidget(icon);
   auto* name = new QLabel(qpath, box);
   name->setWordWrap(true);
   name->setTextInteractionFlags(Qt::TextSelectableByMouse);
   layout->addWidget(name);
-  layout->addWidget(new QLabel(ToQ(ModificationDateLine(side.exists ? side.modified : std::nullopt)), box));
+  auto* date = new QLabel(ToQ(ModificationDateLine(side.exists ? side.modified : std::nullopt)), box);
+  date->setWordWrap(true);
+  layout->addWidget(date);
   if (side.exists && side.kind != ItemKind::kFolder)
     layout->addWidget(new QLabel(QLocale().formattedDataSize(static_cast<qint64>(side.size)), box));
   auto* buttons = new QHBoxLayout;
   auto* open = new QPushButton(ToQ(GLS("Open")), box);
   auto* reveal = new QPushButton(ToQ(GLS("Reveal")), box);
+  open->setAutoDefault(false);
+  reveal->setAutoDefault(false);
   open->setEnabled(shown && side.exists);
   reveal->setEnabled(shown && side.exists);
   connect(open, &QPushButton::clicked, this, [qpath] { OpenItem(qpath); });
