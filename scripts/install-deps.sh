@@ -9,6 +9,7 @@ packages=(
   libfmt-dev libcli11-dev libgtest-dev qt6-base-dev python3-aiosmtpd
   clang libclang-rt-14-dev rsync attr acl python3
   e2fsprogs xfsprogs btrfs-progs exfatprogs exfat-fuse util-linux mount
+  unrtf
 )
 
 missing=()

@@ -25,7 +25,13 @@ RunTallyCounts CountsOf(const RunTallies& tallies) {
 
 RunController::RunController(const AppPaths& paths, FileSystem& fs, AppkitProxy& proxy, SystemPower& power,
                              const RunSeams& seams)
-    : mFs(fs), mProxy(proxy), mPower(power), mSeams(seams), mServices(paths.exactSyncIndexFolder) {}
+    : mFs(fs),
+      mProxy(proxy),
+      mPower(power),
+      mSeams(seams),
+      mServices(paths.exactSyncIndexFolder, paths.defaultLogFolder) {
+  mMailSeams.systemLog = seams.systemLog;
+}
 
 RunController::~RunController() {
   Stop();
@@ -85,6 +91,8 @@ RunOutcome RunController::Run(const PlistDict& document, const PlistDict& prefer
 }
 
 void RunController::Stop() {
+  // Stop while the log is being mailed interrupts the mail.
+  if (mMailing.load()) mMailCancel.store(true);
   mStopAsked.store(true);
   if (RunDriver* driver = mDriver.load()) driver->Stop();
 }
@@ -101,6 +109,7 @@ void RunController::Work(RunRequest request, std::function<void(const RunOutcome
     ++errorsSeen;
     mProxy.ReportError(message);
   });
+  mServices.runLog().PrepareRun(mDocument, IsAllSessions(mDocument, request.sessionIndex));
   mDriver.store(&driver);
   // A Stop that came before the driver existed still counts.
   if (mStopAsked.load()) driver.Stop();
@@ -108,9 +117,25 @@ void RunController::Work(RunRequest request, std::function<void(const RunOutcome
   mDriver.store(nullptr);
 
   RunOutcome outcome = Outcome(driver, errorsSeen.load());
+  outcome.logText = mServices.runLog().logString();
+  outcome.logFilePath = mServices.runLog().pathLogFile();
+  MailLog(outcome);
   if (outcome.afterRunAction == AfterRunAction::kShutDown) outcome.poweringOff = mPower.PowerOff();
   mRunning = false;
   finished(outcome);
+}
+
+void RunController::MailLog(const RunOutcome& outcome) {
+  // A dry run and a preview cancelled made no log, and so mail none.
+  if (outcome.logText.empty()) return;
+  MailSeams seams = mMailSeams;
+  seams.now = mSeams.clock->Now();
+  mMailCancel = false;
+  seams.cancel = &mMailCancel;
+  mMailing = true;
+  SendEmailTo(mPreferences, outcome.logText, outcome.errors, outcome.logFilePath, seams,
+              [this](const std::string& text) { mProxy.SetTaskComment(text); });
+  mMailing = false;
 }
 
 RunOutcome RunController::Outcome(RunDriver& driver, std::int64_t errorsSeen) {

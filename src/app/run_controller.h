@@ -22,6 +22,7 @@
 #include "engine/appkit_proxy.h"
 #include "engine/engine_context.h"
 #include "engine/run_driver.h"
+#include "logging/email_report.h"
 #include "platform/file_system.h"
 #include "platform/system_power.h"
 #include "util/plist_value.h"
@@ -101,12 +102,17 @@ class RunController {
 
   // The run's services; later parts plug their roles in here before a run starts.
   SessionRunServices& services() { return mServices; }
+  // How the log is mailed after a run (tests trust their own server's certificate). Call
+  // between runs.
+  void SetMailSeams(const MailSeams& seams) { mMailSeams = seams; }
 
  private:
   // "" when the session (or every session) has what a run needs to start; else why not.
   static std::string StartProblem(const PlistDict& document, std::int64_t sessionIndex);
   void Work(RunRequest request, std::function<void(const RunOutcome&)> finished);
   RunOutcome Outcome(RunDriver& driver, std::int64_t errorsSeen);
+  // Mails the run's log as the preferences say; a failure is only written to the system log.
+  void MailLog(const RunOutcome& outcome);
 
   FileSystem& mFs;
   AppkitProxy& mProxy;
@@ -118,6 +124,9 @@ class RunController {
   std::atomic<RunDriver*> mDriver{nullptr};
   std::atomic<bool> mRunning{false};
   std::atomic<bool> mStopAsked{false};
+  MailSeams mMailSeams;
+  std::atomic<bool> mMailing{false};
+  std::atomic<bool> mMailCancel{false};
   std::thread mWorker;
 };
 

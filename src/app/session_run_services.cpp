@@ -36,11 +36,13 @@ PlistArray SessionTaskPlanner::ExecutiveMultiArray(RunState&, const PlistDict& s
   return marigold::ExecutiveMultiArray(session);
 }
 
-SessionRunServices::SessionRunServices(const std::string& exactIndexFolder) : mIndex(exactIndexFolder) {
+SessionRunServices::SessionRunServices(const std::string& exactIndexFolder, const std::string& defaultLogFolder)
+    : mIndex(exactIndexFolder), mLog(defaultLogFolder) {
   folders = &mGuard;
   filter = &mFilter;
   index = &mIndex;
   tasks = &mPlanner;
+  log = &mLog;
 }
 
 }  // namespace marigold

@@ -1,7 +1,7 @@
 // The roles a real run plays with the session's options: the folder checks and unlocking, the
-// filters and exclusions, the exact-sync index, and the task plan (dated sub-folder, multiple
-// list). This is the glue that hands the options to the engine; volumes, scripts and the log are
-// plugged into the same object by their own parts.
+// filters and exclusions, the exact-sync index, the task plan (dated sub-folder, multiple list)
+// and the run log. This is the glue that hands the options to the engine; volumes and scripts
+// are plugged into the same object by their own parts.
 #pragma once
 
 #include <string>
@@ -9,6 +9,7 @@
 #include "engine/exact_sync_index.h"
 #include "engine/folder_guard.h"
 #include "engine/run_services.h"
+#include "logging/run_log_writer.h"
 #include "options/filters.h"
 
 namespace marigold {
@@ -48,18 +49,21 @@ class SessionTaskPlanner : public TaskPlanner {
 class SessionRunServices : public RunServices {
  public:
   // `exactIndexFolder` is where the exact-sync index lives (the support folder's
-  // "ExactSync Indexes").
-  explicit SessionRunServices(const std::string& exactIndexFolder);
+  // "ExactSync Indexes"); `defaultLogFolder` is where logs go when the chosen log folder cannot
+  // be made.
+  explicit SessionRunServices(const std::string& exactIndexFolder, const std::string& defaultLogFolder = "");
   SessionRunServices(const SessionRunServices&) = delete;
   SessionRunServices& operator=(const SessionRunServices&) = delete;
 
   FolderGuard& guard() { return mGuard; }
+  RunLogWriter& runLog() { return mLog; }
 
  private:
   FolderGuard mGuard;
   SessionItemFilter mFilter;
   SessionExactIndex mIndex;
   SessionTaskPlanner mPlanner;
+  RunLogWriter mLog;
 };
 
 }  // namespace marigold

@@ -8,6 +8,7 @@
 #include "app/startup.h"
 #include "cli/commands.h"
 #include "cli/doc_commands.h"
+#include "cli/log_commands.h"
 #include "cli/run_commands.h"
 #include "cli/terminal_prompts.h"
 
@@ -46,6 +47,8 @@ int main(int argc, char** argv) {
 
   RunCommandArgs runArgs;
   AddRunCommands(cli, runArgs);
+  LogCommandArgs logArgs;
+  AddLogCommands(cli, *prefs, logArgs);
 
   try {
     cli.parse(argc, argv);
@@ -73,5 +76,6 @@ int main(int argc, char** argv) {
   if (*prefsShow) return PrefsShow(app);
   if (docArgs.Chosen()) return ExecuteDocEditCommand(app, prompts, docArgs);
   if (runArgs.Chosen()) return ExecuteRunCommand(app, runArgs);
+  if (logArgs.Chosen()) return ExecuteLogCommand(app, logArgs);
   return kExitOk;
 }

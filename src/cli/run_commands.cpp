@@ -164,6 +164,7 @@ int ExecuteRun(const PlistDict& document, const PlistDict& preferences, const Ap
       std::printf("%s\n", GLS("Nothing to do.").c_str());
   } else {
     PrintSummary(outcome);
+    if (!outcome.logFilePath.empty()) std::printf("%s %s\n", GLS("Log file:").c_str(), outcome.logFilePath.c_str());
   }
   if (outcome.Stopped()) std::printf("%s\n", GLS("Stopped.").c_str());
   std::fflush(stdout);
