@@ -1,24 +1,32 @@
 #include "app/preferences_choices.h"
 
-#include <map>
+#include "logging/preference_titles.h"
 
 namespace marigold {
+namespace {
 
-const std::vector<PreferenceChoice>& PreferenceChoices(const std::string& key) {
-  // Tags are what the run reads: on error 3 asks, 2 goes on, 1 stops; "when" 2 means only after
-  // errors; format 1 is RTF; log kind 2 detailed, 3 errors only; retention 0 by age, 1 by count.
-  static const std::map<std::string, std::vector<PreferenceChoice>> kChoices{
-      {"prefOnError", {{3, "Ask what to do"}, {2, "Skip and continue"}, {1, "Stop the task"}}},
-      {"prefSaveLogFileWhen", {{1, "Always"}, {2, "Only when errors occur"}}},
-      {"prefLogFileFormat", {{1, "Rich text (RTF)"}, {2, "Plain text"}}},
-      {"prefLogKind", {{1, "Summary"}, {2, "Detailed"}, {3, "Errors only"}}},
-      {"prefDeleteLogsPop", {{0, "days old"}, {1, "most recent logs kept"}}},
-      {"prefSendEmailWhen", {{1, "Always"}, {2, "Only when errors occur"}}},
-      {"prefUpdateFrequency", {{0, "Never"}, {1, "Daily"}, {2, "Weekly"}, {3, "Monthly"}}},
-  };
-  static const std::vector<PreferenceChoice> kNone;
-  const auto found = kChoices.find(key);
-  return found == kChoices.end() ? kNone : found->second;
+std::vector<PreferenceChoice> Choices(std::initializer_list<std::int64_t> tags, const char* (*title)(std::int64_t)) {
+  std::vector<PreferenceChoice> choices;
+  for (std::int64_t tag : tags) choices.push_back({tag, title(tag)});
+  return choices;
+}
+
+const char* UpdateFrequencyTitle(std::int64_t tag) {
+  static const char* const kTitles[] = {"Never", "Daily", "Weekly", "Monthly"};
+  return tag >= 0 && tag < 4 ? kTitles[tag] : "";
+}
+
+}  // namespace
+
+std::vector<PreferenceChoice> PreferenceChoices(const std::string& key) {
+  // Asking comes first: it is the default and the safest answer to an error.
+  if (key == "prefOnError") return Choices({3, 2, 1}, PrefOnErrorTitle);
+  if (key == "prefSaveLogFileWhen" || key == "prefSendEmailWhen") return Choices({1, 2}, PrefSaveWhenTitle);
+  if (key == "prefLogFileFormat") return Choices({1, 2}, PrefLogFileFormatTitle);
+  if (key == "prefLogKind") return Choices({1, 2, 3}, PrefLogKindTitle);
+  if (key == "prefDeleteLogsPop") return Choices({0, 1}, PrefDeleteLogsPopTitle);
+  if (key == "prefUpdateFrequency") return Choices({0, 1, 2, 3}, UpdateFrequencyTitle);
+  return {};
 }
 
 }  // namespace marigold

@@ -12,6 +12,7 @@
 #include "ui/console_window.h"
 #include "ui/desktop_proxy.h"
 #include "ui/desktop_services.h"
+#include "ui/log_window.h"
 #include "util/strings_table.h"
 
 namespace marigold {
@@ -79,6 +80,8 @@ void ConsoleWindow::RunConcluded(const RunOutcome& outcome) {
   mBytes->clear();
   mBytes->setVisible(false);
   mLogText = outcome.logText;
+  // An open log window follows the newest run.
+  if (mLogWindow != nullptr && mLogWindow->isVisible() && !mLogText.empty()) mLogWindow->Fill("", mLogText);
   if (outcome.ending == RunEnding::kCouldNotStart && !outcome.couldNotStartReason.empty())
     ShowAlert(this, WarningAlert(outcome.couldNotStartReason));
   const bool ran = outcome.ending == RunEnding::kCompleted || outcome.ending == RunEnding::kStopped;

@@ -33,6 +33,7 @@
 #include "model/document_model.h"
 #include "platform/linux_file_system.h"
 #include "ui/desktop_proxy.h"
+#include "ui/log_window.h"
 #include "ui/preferences_window.h"
 #include "util/strings_table.h"
 
@@ -224,6 +225,8 @@ void ConsoleWindow::BuildMenus() {
   add(edit, "Preferences…", QKeySequence::Preferences, [this] { OpenPreferences(); });
   QMenu* run = menuBar()->addMenu(ToQ(GLS("&Run")));
   mMainAction = add(run, "Synchronize", QKeySequence(Qt::CTRL | Qt::Key_R), [this] { MainButtonPressed(); });
+  run->addSeparator();
+  add(run, "Log Window", QKeySequence(Qt::CTRL | Qt::Key_L), [this] { OpenLogWindow(); });
 }
 
 void ConsoleWindow::UpdateRecentMenu() {
@@ -242,6 +245,17 @@ void ConsoleWindow::OpenPreferences() {
   if (mApp == nullptr) return;
   PreferencesWindow window(mApp->preferences(), mApp->identities().isRoot, this);
   window.exec();
+}
+
+LogWindow* ConsoleWindow::OpenLogWindow() {
+  if (mLogWindow == nullptr) {
+    mLogWindow = new LogWindow(*mFs, this);
+    mLogWindow->setAttribute(Qt::WA_DeleteOnClose);
+  }
+  mLogWindow->Fill("", mLogText);
+  mLogWindow->show();
+  mLogWindow->raise();
+  return mLogWindow;
 }
 
 bool ConsoleWindow::eventFilter(QObject* watched, QEvent* event) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QTimer>
 #include <memory>
 #include <optional>
@@ -32,6 +33,7 @@ class QToolButton;
 namespace marigold {
 
 class DesktopProxy;
+class LogWindow;
 class LinuxFileSystem;
 
 class ConsoleWindow : public QMainWindow, public DocumentHost {
@@ -78,6 +80,8 @@ class ConsoleWindow : public QMainWindow, public DocumentHost {
   QToolButton* mainButton() const { return mMainButton; }
   const std::optional<RunOutcome>& lastOutcome() const { return mLastOutcome; }
   RunController* runController() const { return mRun.get(); }
+  // The log window, opened on the last run's log (or brought to the front).
+  LogWindow* OpenLogWindow();
 
  signals:
   // The run started by the main button handed over its outcome (GUI thread).
@@ -100,6 +104,7 @@ class ConsoleWindow : public QMainWindow, public DocumentHost {
   void ChooseFolder(bool sideA);
   void UpdateRecentMenu();
   void OpenPreferences();
+  void ShowLogWindow();
   // Runs
   void StartRun(int executedBy);
   void RunConcluded(const RunOutcome& outcome);
@@ -140,6 +145,7 @@ class ConsoleWindow : public QMainWindow, public DocumentHost {
   QLabel* mTaskComment = nullptr;
   QLabel* mLastExact = nullptr;
   QMenu* mRecentMenu = nullptr;
+  QPointer<LogWindow> mLogWindow;
   QStringList mRecent;
 };
 

@@ -14,9 +14,11 @@
 #include <QVBoxLayout>
 
 #include "app/preferences_choices.h"
+#include "logging/preference_titles.h"
 #include "options/settings_titles.h"
 #include "ui/alert_dialog.h"
 #include "ui/desktop_services.h"
+#include "ui/mail_account_sheet.h"
 #include "ui/run_as_root.h"
 #include "util/strings_table.h"
 
@@ -102,18 +104,17 @@ QSpinBox* PreferencesWindow::AddField(const std::string& key, int minimum, int m
 QWidget* PreferencesWindow::GeneralTab() {
   auto* tab = new QWidget(this);
   auto* form = new QFormLayout(tab);
-  form->addRow(AddBox("prefAskConfirmation", "Ask for confirmation before starting"));
-  form->addRow(AddBox("prefPreview", "Show the preview before copying"));
-  form->addRow(AddBox("prefPreviewExpanded", "Open every folder of the preview"));
-  form->addRow(AddBox("prefBeepWhenDone", "Beep when done"));
-  form->addRow(AddBox("prefSyncAndQuit", "Sync and quit at launch"));
-  form->addRow(AddBox("prefQuit", "Quit when done"));
-  form->addRow(AddBox("prefShutDown", "Shut down the computer when done"));
-  form->addRow(ToQ(GLS("On error:")), AddPopUp("prefOnError"));
+  form->addRow(AddBox("prefAskConfirmation", kPrefAskConfirmationTitle));
+  form->addRow(AddBox("prefPreview", kPrefPreviewTitle));
+  form->addRow(AddBox("prefPreviewExpanded", kPrefPreviewExpandedTitle));
+  form->addRow(AddBox("prefBeepWhenDone", kPrefBeepWhenDoneTitle));
+  form->addRow(AddBox("prefSyncAndQuit", kPrefSyncAndQuitTitle));
+  form->addRow(AddBox("prefQuit", kPrefQuitTitle));
+  form->addRow(AddBox("prefShutDown", kPrefShutDownTitle));
+  form->addRow(ToQ(GLS(kPrefOnErrorLabel)), AddPopUp("prefOnError"));
   auto* delta = new QHBoxLayout;
-  delta->addWidget(AddBox("prefModificationDelta", "Ignore modification dates that differ by up to"));
+  delta->addWidget(AddBox("prefModificationDelta", kPrefModificationDeltaTitle));
   delta->addWidget(AddField("prefModificationDeltaField", -100000, 100000));
-  delta->addWidget(new QLabel(ToQ(GLS("seconds")), tab));
   delta->addStretch(1);
   form->addRow(delta);
   form->addRow(AddBox("prefRoot", kRunAsRootTitle));
@@ -125,10 +126,10 @@ QWidget* PreferencesWindow::GeneralTab() {
 QWidget* PreferencesWindow::LogTab() {
   auto* tab = new QWidget(this);
   auto* form = new QFormLayout(tab);
-  form->addRow(AddBox("prefSaveLogFile", "Save a log file"));
+  form->addRow(AddBox("prefSaveLogFile", kPrefSaveLogFileTitle));
   form->addRow(ToQ(GLS("When:")), AddPopUp("prefSaveLogFileWhen"));
-  form->addRow(ToQ(GLS("Format:")), AddPopUp("prefLogFileFormat"));
-  form->addRow(ToQ(GLS("Kind:")), AddPopUp("prefLogKind"));
+  form->addRow(ToQ(GLS(kPrefLogFileFormatLabel)), AddPopUp("prefLogFileFormat"));
+  form->addRow(ToQ(GLS(kPrefLogKindLabel)), AddPopUp("prefLogKind"));
   auto* folder = new QHBoxLayout;
   mLogFolder = new QLineEdit(tab);
   mLogFolder->setReadOnly(true);
@@ -144,9 +145,9 @@ QWidget* PreferencesWindow::LogTab() {
   folder->addWidget(mLogFolder, 1);
   folder->addWidget(choose);
   folder->addWidget(open);
-  form->addRow(ToQ(GLS("Log folder:")), folder);
+  form->addRow(ToQ(GLS(kPrefLogFolderLabel)), folder);
   auto* retention = new QHBoxLayout;
-  retention->addWidget(AddBox("prefDeleteLogsOn", "Delete the logs"));
+  retention->addWidget(AddBox("prefDeleteLogsOn", kPrefDeleteLogsTitle));
   retention->addWidget(AddField("prefDeleteLogsField", -100000, 100000));
   retention->addWidget(AddPopUp("prefDeleteLogsPop"));
   retention->addStretch(1);
@@ -157,8 +158,15 @@ QWidget* PreferencesWindow::LogTab() {
 QWidget* PreferencesWindow::MailTab() {
   auto* tab = new QWidget(this);
   auto* form = new QFormLayout(tab);
-  form->addRow(AddBox("prefSendEmail", "Send the log via e-mail"));
+  form->addRow(AddBox("prefSendEmail", kPrefSendEmailTitle));
   form->addRow(ToQ(GLS("When:")), AddPopUp("prefSendEmailWhen"));
+  auto* account = new QPushButton(ToQ(GLS("Email Account…")), tab);
+  account->setObjectName(QStringLiteral("mailAccount"));
+  connect(account, &QPushButton::clicked, this, [this] {
+    MailAccountSheet sheet(mPanel.sendEmailDict, this);
+    sheet.exec();
+  });
+  form->addRow(QString(), account);
   return tab;
 }
 
