@@ -62,6 +62,7 @@ void ConsoleWindow::StartRun(int executedBy) {
   RunRequest request;
   request.sessionIndex = SelectedIndex();
   request.executedBy = executedBy;
+  mProxy->SetPreviewExpanded(mApp->preferences().dict().GetInt("prefPreviewExpanded") != 0);
   SetRunning(true);
   const bool started = mRun->TaskExecuteSyncOrBackup(
       mApp->store().mainDict(), mApp->preferences().dict(), request, [this](const RunOutcome& outcome) {

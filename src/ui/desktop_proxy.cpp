@@ -71,7 +71,7 @@ int DesktopProxy::AskReplace(const ReplaceRequest& request) {
 
 bool DesktopProxy::ShowPreview(PreviewEditor& editor) {
   return OnGuiThread<bool>([&] {
-    PreviewWindow window(editor, mWindow);
+    PreviewWindow window(editor, mPreviewExpanded, mWindow);
     return window.exec() == QDialog::Accepted;
   });
 }

@@ -54,6 +54,8 @@ class DesktopProxy : public QObject, public AppkitProxy {
 
   // GUI thread: the newest values; clears the errors and the beep it hands over.
   ConsoleProgress TakeProgress();
+  // GUI thread, before a run: whether the preview opens every folder.
+  void SetPreviewExpanded(bool expanded) { mPreviewExpanded = expanded; }
   // GUI thread, when the window goes away during a run: every question still waiting, and every
   // later one, gets its cautious answer (stop, skip), so the worker can wind down unattended.
   void Detach();
@@ -72,6 +74,7 @@ class DesktopProxy : public QObject, public AppkitProxy {
 
   QPointer<QWidget> mWindow;
   std::atomic<bool> mDetached{false};
+  bool mPreviewExpanded = false;  // read and written on the GUI thread only
   std::mutex mMutex;
   ConsoleProgress mProgress;
   bool mRedrawPending = false;

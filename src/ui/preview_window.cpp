@@ -26,7 +26,7 @@ unsigned PreviewKeys(Qt::KeyboardModifiers modifiers) {
 
 }  // namespace
 
-PreviewWindow::PreviewWindow(PreviewEditor& editor, QWidget* parent)
+PreviewWindow::PreviewWindow(PreviewEditor& editor, bool expanded, QWidget* parent)
     : QDialog(parent), mEditor(editor), mModel(new PreviewModel(editor, this)) {
   setObjectName(QStringLiteral("PreviewWindow"));
   setWindowTitle(ToQ(editor.windowTitle()));
@@ -42,7 +42,11 @@ PreviewWindow::PreviewWindow(PreviewEditor& editor, QWidget* parent)
   mOutline->header()->resizeSection(kPreviewColumnAction, 64);
   mOutline->header()->setDefaultAlignment(Qt::AlignCenter);
   mOutline->viewport()->installEventFilter(this);
-  for (int row = 0; row < mModel->rowCount(); ++row) mOutline->expand(mModel->index(row, 0));
+  if (expanded) {
+    mOutline->expandAll();
+  } else {
+    for (int row = 0; row < mModel->rowCount(); ++row) mOutline->expand(mModel->index(row, 0));
+  }
   layout->addWidget(mOutline, 1);
 
   mTallies = new QLabel(this);

@@ -19,7 +19,8 @@ class PreviewWindow : public QDialog {
   Q_OBJECT
  public:
   // Accepted means continue with the copy; rejected means stop the run.
-  PreviewWindow(PreviewEditor& editor, QWidget* parent);
+  // `expanded`: every folder starts open; otherwise only each task's top level.
+  PreviewWindow(PreviewEditor& editor, bool expanded, QWidget* parent);
 
   // A click on `index` (an invalid index: no row) with the preview's keys held.
   void ClickRow(const QModelIndex& index, unsigned keys);

@@ -19,6 +19,8 @@
 #include "app/session_management.h"
 #include "model/document_model.h"
 #include "ui/console_window.h"
+#include "ui/log_window.h"
+#include "ui/mail_account_sheet.h"
 #include "ui/name_sheet.h"
 #include "ui/preferences_window.h"
 #include "ui/preview_window.h"
@@ -132,6 +134,15 @@ int main(int argc, char** argv) {
     }
   }
 
+  {
+    PlistDict account{{"mSendEmailFrom", "robin@example.org"}, {"mSendEmailTo", "robin@example.org"},
+                      {"mSendEmailAccountID", "robin"},       {"mSendEmailSMTP", "smtp.example.org"},
+                      {"mSendEmailPort", "587"},              {"mSendEmailPassword", "secret"},
+                      {"mSendEmailUseSSL", std::int64_t{-1}}};
+    MailAccountSheet sheet(account, &window);
+    Save(&sheet, QStringLiteral("mail-account-sheet"));
+  }
+
   // A real run: every window it opens is pictured, then answered.
   app.preferences().dict().Set("prefAskConfirmation", 1);
   app.preferences().dict().Set("prefPreview", 1);
@@ -159,6 +170,9 @@ int main(int argc, char** argv) {
   QObject::connect(&window, &ConsoleWindow::runFinished, [&] {
     QTimer::singleShot(100, [&] {
       Save(&window, QStringLiteral("console-after-run"));
+      LogWindow* log = window.OpenLogWindow();
+      log->FindError(false);
+      Save(log, QStringLiteral("log-window"));
       QApplication::exit(0);
     });
   });
