@@ -8,6 +8,7 @@ packages=(
   libplist-dev libicu-dev libglib2.0-dev libcurl4-openssl-dev libacl1-dev libtiff-dev
   libfmt-dev libcli11-dev libgtest-dev qt6-base-dev python3-aiosmtpd
   clang libclang-rt-14-dev rsync attr acl python3
+  libqt6svg6
   e2fsprogs xfsprogs btrfs-progs exfatprogs exfat-fuse util-linux mount
   unrtf
   gvfs gvfs-backends gvfs-fuse dbus openssh-server cryptsetup-bin fuse3

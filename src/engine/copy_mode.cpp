@@ -18,4 +18,19 @@ std::string_view CopyModeWords(int mode) {
   }
 }
 
+std::string_view PreviewIconName(int mode, bool moveToTrash) {
+  switch (mode < 0 ? -mode : mode) {
+    case kCopyModeNothing: return "icnPreviewNothing";
+    case kCopyModeCopyAToB:
+    case kCopyModeCopyBToA: return "icnPreviewViolet";
+    case kCopyModeReplaceAToB:
+    case kCopyModeReplaceBToA: return "icnPreviewOrange";
+    case kCopyModeDeleteInA:
+    case kCopyModeDeleteInB: return moveToTrash ? "icnPreviewTrash" : "icnPreviewDelete";
+    case kCopyModeMetadataAToB: return "icnPreviewAccessAB.png";
+    case kCopyModeMetadataBToA: return "icnPreviewAccessBA.png";
+    default: return "icnPreviewSkip";
+  }
+}
+
 }  // namespace marigold

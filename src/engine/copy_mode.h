@@ -27,5 +27,8 @@ inline int SwapDirection(int mode) { return mode >= 2 && mode <= 9 ? (mode % 2 =
 
 // A few words for a mode, as the dry run prints it ("copy A to B", "skip (switched off)", ...).
 std::string_view CopyModeWords(int mode);
+// The picture the preview draws for a mode ("icnPreviewViolet", ...); a switched-off mode shows
+// the picture of its action. Deletions show "icnPreviewTrash" when items go to the trash.
+std::string_view PreviewIconName(int mode, bool moveToTrash);
 
 }  // namespace marigold

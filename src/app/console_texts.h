@@ -1,0 +1,21 @@
+// The texts of the console that follow from the document: the main button's title and the
+// options a session has switched on, so that every front end words them alike.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "util/plist_value.h"
+
+namespace marigold {
+
+// "Stop" while a run is under way; otherwise "Synchronize" when the selected session (or, for
+// "All Sessions", the first) synchronises, else "Backup".
+std::string MainButtonTitle(const PlistDict& document, std::int64_t sessionIndex, bool running);
+
+// The titles of the session's options that are on, in the console's order: "Timer",
+// "Multiple", "Filters", "Exclusions". Empty for "All Sessions".
+std::vector<std::string> OptionsOnTitles(const PlistDict& session);
+
+}  // namespace marigold
