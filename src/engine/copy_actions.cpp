@@ -1,6 +1,7 @@
 // The actions that write an item: creating a folder, copying a new item, replacing an existing
 // one. A copy is always built under a temporary name and renamed into place by the file system,
 // so a failure or a kill leaves the destination as it was.
+#include <cerrno>
 #include <string>
 
 #include "engine/copy_executor.h"
@@ -53,7 +54,7 @@ bool CopyExecutor::QLCreateFolder(const std::string& folder, bool sideA) {
 bool CopyExecutor::QLDestParentExists(const std::string& dstParent, const std::string& src,
                                       const std::string& dst, bool& goToBail) {
   goToBail = false;
-  if (IsFolderOrLink(mContext.fs.GetAttributes(dstParent))) return true;
+  if (FolderKnownReady(dstParent) || IsFolderOrLink(mContext.fs.GetAttributes(dstParent))) return true;
   if (IsInsideDeletedItem(dstParent)) {
     goToBail = true;
     return true;
@@ -62,20 +63,29 @@ bool CopyExecutor::QLDestParentExists(const std::string& dstParent, const std::s
                       GLS("Can't find the parent destination folder.")});
 }
 
-bool CopyExecutor::QLCopyFile(const std::string& src, const std::string& dst, bool sideA) {
+bool CopyExecutor::QLCopyFile(const std::string& src, const std::string& dst, bool sideA,
+                              const ItemAttributes* source) {
   RunState& state = mContext.state;
-  if (!MayChangeItemsIn(ParentFolderOf(dst)) &&
-      !mContext.services.folders->UnlockChain(state, ParentFolderOf(dst), SideRoot(sideA), 1))
-    return ReportError({GLS("Can't copy the file"), " ", Quoted(src), "\r", mWords.to, " ", Quoted(dst), "\r",
-                        GLS("Insufficient privileges")});
+  const std::string parent = ParentFolderOf(dst);
+  if (!FolderKnownReady(parent)) {
+    if (MayChangeItemsIn(parent)) {
+      mReadyFolder = parent;
+      mReadyDeletions = state.gItemsDeleted.size();
+    } else if (!mContext.services.folders->UnlockChain(state, parent, SideRoot(sideA), 1)) {
+      return ReportError({GLS("Can't copy the file"), " ", Quoted(src), "\r", mWords.to, " ", Quoted(dst), "\r",
+                          GLS("Insufficient privileges")});
+    }
+  }
   std::string errStr;
   bool silent = false;
-  if (!CopySingleFile(src, dst, false, errStr, silent)) {
+  if (!CopySingleFile(src, dst, false, source, errStr, silent)) {
     if (silent) return false;
+    // Something took the name since the scan: it is not what was decided on.
+    if (mLastCopyError == EEXIST) return ReportChanged(dst);
     return ReportError({GLS("Can't copy the file"), " ", Quoted(src), "\r", mWords.to, " ", Quoted(dst), "\r",
                         errStr});
   }
-  SetAttrsAfterCopy(src, dst, state.gStartSyncDateTimeUTC);
+  FinishCopy(src, source, dst, mLastBackupDateError);
   ++state.Side(sideA).FilesCopied;
   CountVisibility(sideA, dst);
   AddSuccessLine(mWords.copiedFile, src, mWords.to, dst);
@@ -85,8 +95,13 @@ bool CopyExecutor::QLCopyFile(const std::string& src, const std::string& dst, bo
 
 bool CopyExecutor::QLReplaceDestFile(const std::string& src, const std::string& dst, bool sideA,
                                      const ItemSnapshot& dstSnapshot) {
+  return ReplaceChecked(src, dst, sideA, dstSnapshot, mContext.fs.GetAttributes(dst), nullptr);
+}
+
+bool CopyExecutor::ReplaceChecked(const std::string& src, const std::string& dst, bool sideA,
+                                  const ItemSnapshot& dstSnapshot, const FsResult<ItemAttributes>& current,
+                                  const ItemAttributes* source) {
   RunState& state = mContext.state;
-  auto current = mContext.fs.GetAttributes(dst);
   if (!current && !current.Error().IsMissing())
     return ReportError({GLS("Can't read the item"), " ", Quoted(dst), "\r",
                         FailureDescription(current.Error(), GLS("Can't read the item"))});
@@ -101,12 +116,12 @@ bool CopyExecutor::QLReplaceDestFile(const std::string& src, const std::string& 
   if (!CheckFreeSpaceFor(src, parent, errStr))
     return ReportError({GLS("Can't replace the file"), " ", Quoted(dst), "\r", errStr});
   bool silent = false;
-  if (!CopySingleFile(src, dst, true, errStr, silent)) {
+  if (!CopySingleFile(src, dst, true, source, errStr, silent)) {
     if (silent) return false;
     return ReportError({GLS("Can't replace the file"), " ", Quoted(dst), "\r", mWords.withTheMostRecentFile, " ",
                         Quoted(src), "\r", errStr});
   }
-  SetAttrsAfterCopy(src, dst, state.gStartSyncDateTimeUTC);
+  FinishCopy(src, source, dst, mLastBackupDateError);
   ++state.Side(sideA).FilesReplaced;
   CountVisibility(sideA, dst);
   AddSuccessLine(mWords.replacedFile, dst, mWords.withTheMostRecentFile, src);
@@ -116,10 +131,14 @@ bool CopyExecutor::QLReplaceDestFile(const std::string& src, const std::string& 
 }
 
 bool CopyExecutor::CopySingleFile(const std::string& src, const std::string& dst, bool replace,
-                                  std::string& errStr, bool& silent) {
+                                  const ItemAttributes* source, std::string& errStr, bool& silent) {
   silent = false;
+  mLastBackupDateError = 0;
   CopyOptions options;
   options.replaceExisting = replace;
+  options.sourceAttributes = source;
+  options.backupDate = mContext.state.gStartSyncDateTimeUTC;
+  options.hints = &mHints;
   options.keepRunning = &mContext.state.mIsCopying;
   options.progress = [this](std::uint64_t copied, std::uint64_t total) {
     auto now = std::chrono::steady_clock::now();
@@ -130,8 +149,12 @@ bool CopyExecutor::CopySingleFile(const std::string& src, const std::string& dst
     return true;
   };
   auto copied = mContext.fs.CopyItem(src, dst, options);
-  if (copied) return true;
+  if (copied) {
+    mLastBackupDateError = copied.Value().backupDateError;
+    return true;
+  }
   const FsError& error = copied.Error();
+  mLastCopyError = error.code;
   // A stop is the user's wish, not a failure to report; the copy has cleaned up after itself.
   silent = error.problem == FsProblem::kStopped;
   if (error.operation == "remove the replaced item")
@@ -139,6 +162,11 @@ bool CopyExecutor::CopySingleFile(const std::string& src, const std::string& dst
   else
     errStr = FailureDescription(error, GLS("Can't copy the file"));
   return false;
+}
+
+bool CopyExecutor::FolderKnownReady(const std::string& folder) const {
+  return !mReadyFolder.empty() && folder == mReadyFolder &&
+         mContext.state.gItemsDeleted.size() == mReadyDeletions;
 }
 
 bool CopyExecutor::MayChangeItemsIn(const std::string& folder) {

@@ -93,6 +93,34 @@ bool CopyExecutor::SetAttrsAfterCopy(const std::string& origin, const std::strin
   return SetAttrsAfterCopy(attributes.Value(), copy, backupDate);
 }
 
+bool CopyExecutor::FinishCopy(const std::string& src, const ItemAttributes* source, const std::string& copy,
+                              int backupDateError) {
+  if (backupDateError != 0) LogBackupDateFailure(copy, backupDateError);
+  bool locked = false;
+  if (source != nullptr) {
+    locked = source->isLocked;
+  } else {
+    auto attributes = mContext.fs.GetAttributes(src);
+    if (!attributes) {
+      LogAttributeFailure("SetAttrsAfterCopy GetAttributes", src, attributes.Error().code);
+      return false;
+    }
+    locked = attributes.Value().isLocked;
+  }
+  // The locked flag goes last: nothing can be written onto a locked item.
+  if (!locked) return backupDateError == 0;
+  FsStatus lockedNow = mContext.fs.SetLocked(copy, true);
+  if (!lockedNow) LogAttributeFailure("SetAttrsAfterCopy SetLocked", copy, lockedNow.Error().code);
+  return lockedNow && backupDateError == 0;
+}
+
+void CopyExecutor::LogBackupDateFailure(const std::string& copy, int code) {
+  // A volume that keeps no backup dates is said once, not once per item.
+  const bool volumeRefuses = code == EOPNOTSUPP || code == ENOTSUP;
+  if (!volumeRefuses || !mBackupDateRefused) LogAttributeFailure("SetAttrsAfterCopy SetBackupDate", copy, code);
+  if (volumeRefuses) mBackupDateRefused = true;
+}
+
 bool CopyExecutor::SetAttrsAfterCopy(const ItemAttributes& origin, const std::string& copy, std::int64_t backupDate) {
   FileSystem& fs = mContext.fs;
   bool ok = true;
@@ -101,10 +129,7 @@ bool CopyExecutor::SetAttrsAfterCopy(const ItemAttributes& origin, const std::st
     FsStatus dated = fs.SetBackupDate(copy, backupDate);
     if (!dated) {
       ok = false;
-      const int code = dated.Error().code;
-      const bool volumeRefuses = code == EOPNOTSUPP || code == ENOTSUP;
-      if (!volumeRefuses || !mBackupDateRefused) LogAttributeFailure("SetAttrsAfterCopy SetBackupDate", copy, code);
-      if (volumeRefuses) mBackupDateRefused = true;
+      LogBackupDateFailure(copy, dated.Error().code);
     }
   }
   // The locked flag goes last: nothing can be written onto a locked item.

@@ -30,7 +30,14 @@ CopyExecutor::CopyExecutor(EngineContext& context)
 bool CopyExecutor::CopyItems(std::vector<ScanNode>& nodes, const std::string& folderA,
                              const std::string& folderB, bool deleteParent) {
   // The words follow the language table installed when the run starts.
-  if (mDepth == 0) mWords = CopyLogWords::Localised();
+  if (mDepth == 0) {
+    mWords = CopyLogWords::Localised();
+    // Each task starts with no knowledge of its volumes.
+    mHints.noClone = false;
+    mHints.noUnnamedFiles = false;
+    mHints.noOwnerChange = false;
+    ForgetReadyFolder();
+  }
   ++mDepth;
   const bool result = WalkItems(nodes, folderA, folderB, deleteParent);
   --mDepth;
@@ -90,6 +97,7 @@ bool CopyExecutor::WalkItems(std::vector<ScanNode>& nodes, const std::string& fo
     }
     if (walk) {
       if (!CopyItems(node.subItems, a, b, IsDeletion(mode))) result = false;
+      ForgetReadyFolder();
       mContext.services.folders->RestoreOriginalAttr(state, a, b);
       MakeFolderDatesAgree(mode, a, b, dateA, dateB);
     }
@@ -169,12 +177,14 @@ bool CopyExecutor::CopySource(const std::string& a, const std::string& b, ScanNo
       bool goToBail = false;
       if (!QLDestParentExists(ParentFolderOf(other), item, other, goToBail)) return false;
       if (goToBail) return true;
+      // The scan saw nothing there: a new copy, which refuses a name taken since.
+      if (!otherSnapshot.exists) return QLCopyFile(item, other, writesA, &attrs);
       auto existing = fs.GetAttributes(other);
-      if (existing) return QLReplaceDestFile(item, other, writesA, otherSnapshot);
+      if (existing) return ReplaceChecked(item, other, writesA, otherSnapshot, existing, &attrs);
       if (!existing.Error().IsMissing())
         return ReportError({GLS("Can't read the item"), " ", Quoted(other), "\r",
                             FailureDescription(existing.Error(), GLS("Can't read the item"))});
-      return QLCopyFile(item, other, writesA);
+      return QLCopyFile(item, other, writesA, &attrs);
     }
     case kCopyModeDeleteInA:
     case kCopyModeDeleteInB:

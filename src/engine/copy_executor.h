@@ -45,8 +45,10 @@ class CopyExecutor {
   // is set and the call succeeds (nothing is to be copied). Reports the missing parent otherwise.
   bool QLDestParentExists(const std::string& dstParent, const std::string& src, const std::string& dst,
                           bool& goToBail);
-  // Copies `src` (a file, link or package) to `dst`, which must not exist.
-  bool QLCopyFile(const std::string& src, const std::string& dst, bool sideA);
+  // Copies `src` (a file, link or package) to `dst`, which must not exist. `source`, when given,
+  // describes `src` as just read, so the copy need not read it again.
+  bool QLCopyFile(const std::string& src, const std::string& dst, bool sideA,
+                  const ItemAttributes* source = nullptr);
   // Replaces `dst` with a copy of `src` atomically, after checking that `dst` is still what the
   // scan saw (`dstSnapshot`) and that the volume has room for the new copy.
   bool QLReplaceDestFile(const std::string& src, const std::string& dst, bool sideA,
@@ -98,9 +100,20 @@ class CopyExecutor {
   std::optional<FileTime> ModificationDate(const std::string& path);
 
   // The pieces of the actions.
-  bool CopySingleFile(const std::string& src, const std::string& dst, bool replace, std::string& errStr,
-                      bool& silent);
+  // QLReplaceDestFile with the destination as just read (`current`) and the source as described.
+  bool ReplaceChecked(const std::string& src, const std::string& dst, bool sideA, const ItemSnapshot& dstSnapshot,
+                      const FsResult<ItemAttributes>& current, const ItemAttributes* source);
+  bool CopySingleFile(const std::string& src, const std::string& dst, bool replace, const ItemAttributes* source,
+                      std::string& errStr, bool& silent);
+  // The finishing touches once a copy stored the backup date itself (`backupDateError` tells how).
+  bool FinishCopy(const std::string& src, const ItemAttributes* source, const std::string& copy,
+                  int backupDateError);
+  void LogBackupDateFailure(const std::string& copy, int code);
   bool SetAttrsAfterCopy(const ItemAttributes& origin, const std::string& copy, std::int64_t backupDate);
+  // The last destination folder found present and open to changes stays known so until the walk
+  // leaves it (its modes may then be restored) or something is deleted.
+  bool FolderKnownReady(const std::string& folder) const;
+  void ForgetReadyFolder() { mReadyFolder.clear(); }
   bool ReportChanged(const std::string& path);
   bool ItemStillAsScanned(const std::string& path, const ItemSnapshot& snapshot);
   bool MayChangeItemsIn(const std::string& folder);
@@ -123,6 +136,11 @@ class CopyExecutor {
   SideCopyCounters mInnerTrashA;
   SideCopyCounters mInnerTrashB;
   bool mBackupDateRefused = false;  // the volume keeps no backup dates: said once in the log
+  CopyHints mHints;                 // what this task's copies learnt about its volumes
+  std::string mReadyFolder;         // see FolderKnownReady
+  std::size_t mReadyDeletions = 0;  // items deleted in the run when it was found so
+  int mLastBackupDateError = 0;     // what the last copy said of its backup date
+  int mLastCopyError = 0;           // errno of the last copy that failed
   std::chrono::steady_clock::time_point mLastBytesUpdate;  // byte progress is shown a few times a second
 };
 

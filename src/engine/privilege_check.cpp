@@ -69,10 +69,13 @@ int PrivilegeCheck::CanRead(const std::string& path, const ItemAttributes& attri
 }
 
 int PrivilegeCheck::CanWriteInto(const std::string& folder) {
+  if (!mWritableFolder.empty() && folder == mWritableFolder) return kPrivilegesOK;
   auto attributes = mContext.fs.GetAttributes(folder);
   // A folder still to be made is made by this run, for this user.
-  if (!attributes) return kPrivilegesOK;
-  if (mContext.fs.CheckAccess(folder, kAccessWrite | kAccessSearch)) return kPrivilegesOK;
+  if (!attributes || mContext.fs.CheckAccess(folder, kAccessWrite | kAccessSearch)) {
+    mWritableFolder = folder;
+    return kPrivilegesOK;
+  }
   if (attributes.Value().isLocked) {
     const int locked = Locked();
     return locked == kPrivilegesOK ? locked : Refuse(locked, "Can't write the item", folder, kOnItem);

@@ -40,6 +40,9 @@ class PrivilegeCheck {
 
   EngineContext& mContext;
   std::string mProblem;
+  // The scan asks about one folder's items in a row: the last folder found writable (or still to
+  // be made) is not asked about again.
+  std::string mWritableFolder;
 };
 
 }  // namespace marigold

@@ -14,7 +14,9 @@ namespace marigold::linux_detail {
 
 namespace {
 
-constexpr std::uint64_t kRangeChunk = 8u << 20;   // bytes per copy_file_range call
+// Bytes per copy_file_range call: large, so that a big file takes few calls, and small enough
+// that progress and a stop are seen a few times a second.
+constexpr std::uint64_t kRangeChunk = 64u << 20;
 constexpr std::uint64_t kBufferSize = 1u << 20;   // bytes per read in the read/write loop
 
 bool IsWriteSideError(int error) {
@@ -36,6 +38,7 @@ struct Copier {
   bool useRange = true;
   bool usedRange = false, usedReadWrite = false;
   std::uint64_t copied = 0;
+  off_t end = 0;  // where the last data written ends
   std::vector<char> buffer;
 
   FsError Fail(int error, bool writeSide) {
@@ -77,6 +80,7 @@ struct Copier {
       }
       if (n == 0) return MakeFsError(EIO, "copy", sourcePath, FsProblem::kSourceChanged);
       offset += n;
+      end = offset;
       copied += static_cast<std::uint64_t>(n);
       if (!CopyMayContinue(options, base + copied, total))
         return MakeFsError(ECANCELED, "copy", sourcePath, FsProblem::kStopped);
@@ -84,8 +88,10 @@ struct Copier {
     return std::nullopt;
   }
 
-  std::optional<FsError> CopyAll() {
+  std::optional<FsError> CopyAll(bool mayHaveHoles) {
     const off_t end = static_cast<off_t>(size);
+    // A file with a block for every byte has no hole to look for.
+    if (!mayHaveHoles) return CopySegment(0, end);
     off_t position = 0;
     while (position < end) {
       off_t data = ::lseek(source, position, SEEK_DATA);
@@ -114,20 +120,28 @@ bool CopyMayContinue(const CopyOptions& options, std::uint64_t copied, std::uint
   return !options.progress || options.progress(copied, total);
 }
 
-FsResult<CopyReport> CopyFileData(int sourceFd, int destFd, std::uint64_t size,
+FsResult<CopyReport> CopyFileData(int sourceFd, int destFd, std::uint64_t size, bool mayHaveHoles,
                                   std::uint64_t alreadyCopied, std::uint64_t progressTotal,
                                   const CopyOptions& options, const std::string& sourcePath,
                                   const std::string& destPath) {
-  if (size > 0 && ::ioctl(destFd, FICLONE, sourceFd) == 0) {
-    // A clone copies up to the end of the file as it is now; a longer file is caught afterwards.
-    if (!CopyMayContinue(options, alreadyCopied + size, progressTotal))
-      return MakeFsError(ECANCELED, "copy", sourcePath, FsProblem::kStopped);
-    return CopyReport{CopyMethod::kClone, size};
+  CopyHints* hints = options.hints;
+  if (size > 0 && !(hints && hints->noClone.load(std::memory_order_relaxed))) {
+    if (::ioctl(destFd, FICLONE, sourceFd) != 0) {
+      // Not between these volumes; any other refusal may be this file's alone.
+      if (hints && (errno == EOPNOTSUPP || errno == EXDEV || errno == ENOTTY || errno == EINVAL))
+        hints->noClone.store(true, std::memory_order_relaxed);
+    } else {
+      // A clone copies up to the end of the file as it is now; a longer file is caught afterwards.
+      if (!CopyMayContinue(options, alreadyCopied + size, progressTotal))
+        return MakeFsError(ECANCELED, "copy", sourcePath, FsProblem::kStopped);
+      return CopyReport{CopyMethod::kClone, size};
+    }
   }
   Copier copier{sourceFd, destFd, size, alreadyCopied, progressTotal, options, sourcePath, destPath};
-  if (auto error = copier.CopyAll()) return *error;
+  if (auto error = copier.CopyAll(mayHaveHoles)) return *error;
   // The trailing hole, if any, and the size when the file ends in one.
-  if (RetryOnInterrupt([&] { return ::ftruncate(destFd, static_cast<off_t>(size)); }) != 0)
+  if (copier.end != static_cast<off_t>(size) &&
+      RetryOnInterrupt([&] { return ::ftruncate(destFd, static_cast<off_t>(size)); }) != 0)
     return MakeFsError(errno, "copy", destPath);
   CopyMethod method = copier.usedReadWrite ? CopyMethod::kReadWrite
                       : copier.usedRange   ? CopyMethod::kCopyRange

@@ -9,10 +9,11 @@ namespace marigold::linux_detail {
 
 // Copies `size` bytes of data from the open source file into the open, empty destination file:
 // a clone of the extents when the volume shares them, else copy_file_range, else read and
-// write; holes of the source stay holes. `alreadyCopied` is added to the progress figures (a
+// write; holes of the source stay holes (looked for only when `mayHaveHoles`: the file has
+// fewer blocks than bytes). `alreadyCopied` is added to the progress figures (a
 // folder copy counts on across its files); `progressTotal` is what progress reports as the total.
 // A source shorter than `size` fails with FsProblem::kSourceChanged.
-FsResult<CopyReport> CopyFileData(int sourceFd, int destFd, std::uint64_t size,
+FsResult<CopyReport> CopyFileData(int sourceFd, int destFd, std::uint64_t size, bool mayHaveHoles,
                                   std::uint64_t alreadyCopied, std::uint64_t progressTotal,
                                   const CopyOptions& options, const std::string& sourcePath,
                                   const std::string& destPath);

@@ -37,17 +37,35 @@ enum class CopyMethod { kNone, kClone, kCopyRange, kReadWrite };
 // FsProblem::kStopped and leaves nothing behind).
 using CopyProgress = std::function<bool(std::uint64_t copied, std::uint64_t total)>;
 
+// What the copies of one task learn about their volumes, shared so that a refusal is met once
+// per task instead of once per file. A hint only ever skips an attempt that would be refused, so
+// a wrong one costs speed, never content.
+struct CopyHints {
+  std::atomic<bool> noClone{false};         // FICLONE refused: go straight to copy_file_range
+  std::atomic<bool> noUnnamedFiles{false};  // O_TMPFILE refused: new files use a temporary name
+  std::atomic<bool> noOwnerChange{false};   // not permitted to give files another owner
+};
+
 struct CopyOptions {
   // When the destination exists: true replaces it atomically (at every instant the destination
-  // path holds the old or the new complete item); false fails with EEXIST before copying.
+  // path holds the old or the new complete item); false fails with EEXIST (before copying when
+  // the destination is already there, at the end when it appeared meanwhile).
   bool replaceExisting = false;
   CopyProgress progress;                         // called between chunks; may be empty
   const std::atomic<bool>* keepRunning = nullptr;  // the run's flag; false stops the copy
+  // The source as the caller has just described it, which spares describing it again. The copy
+  // still checks that the file it opens is that item and that it does not change while read.
+  const ItemAttributes* sourceAttributes = nullptr;
+  // A backup date to store with the copy (not with a link) before it appears under its name;
+  // a refusal does not fail the copy (see CopyReport::backupDateError).
+  std::optional<std::int64_t> backupDate;
+  CopyHints* hints = nullptr;  // may be empty
 };
 
 struct CopyReport {
   CopyMethod method = CopyMethod::kNone;
   std::uint64_t bytesCopied = 0;
+  int backupDateError = 0;  // errno of storing CopyOptions::backupDate; 0 when stored or not asked
 };
 
 struct VolumeInfo {
@@ -127,10 +145,11 @@ class FileSystem {
   // --- copying -------------------------------------------------------------------------------
 
   // Copies a file, link, special item, or folder with everything inside it (a package), to
-  // `dest`, whose parent must exist. The copy is written under a temporary name
-  // (MakeTemporaryName) beside `dest`, gets the source's mode, ownership (when permitted), times, user
-  // extended attributes and access lists, then is renamed into place; on any failure nothing is
-  // left behind and an existing destination is untouched. (One exception: when a replaced
+  // `dest`, whose parent must exist. The copy gets the source's mode, ownership (when permitted),
+  // times, user extended attributes and access lists before it appears: a new file is written
+  // unnamed in its folder and linked to its name when complete (where the volume allows it);
+  // anything else is written under a temporary name (MakeTemporaryName) beside `dest` and renamed
+  // into place. On any failure nothing is left behind and an existing destination is untouched. (One exception: when a replaced
   // folder cannot be removed once the new item is in place, the error's operation is "remove the
   // replaced item" and the old item stays under its temporary name, which the engine ignores.)
   // A source file that changes while it is read fails with FsProblem::kSourceChanged. The locked

@@ -34,19 +34,13 @@ FsResult<std::vector<FolderEntry>> LinuxFileSystem::ListFolder(const std::string
     return ::openat(at.Value().Dir(), at.Value().Name(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   });
   if (fd < 0) return ErrnoError(kOperation, path);
-  std::unique_ptr<DIR, int (*)(DIR*)> dir(::fdopendir(fd), &::closedir);
-  if (!dir) {
-    FsError error = ErrnoError(kOperation, path);
-    ::close(fd);
-    return error;
-  }
-
-  auto names = ReadFolderNames(dir.get(), kOperation, path);
+  linux_detail::UniqueFd folder(fd);
+  auto names = linux_detail::ReadFolderNames(fd, kOperation, path);
   if (!names) return names.Error();
   std::vector<FolderEntry> entries;
   entries.reserve(names.Value().size());
   for (std::string& name : names.Value()) {
-    auto attributes = StatAt(::dirfd(dir.get()), name.c_str(), name, ChildOf(path, name));
+    auto attributes = StatAt(fd, name.c_str(), name, ChildOf(path, name));
     if (!attributes) {
       // Removed between the listing and the look at it: the folder no longer holds it.
       if (attributes.Error().code == ENOENT) continue;

@@ -1,10 +1,12 @@
-// Copying an item. The copy is built under a temporary name beside its destination and renamed
-// into place only once it is complete with its metadata, so the destination path holds either the
+// Copying an item. A file goes its own way (linux_file_copy.cpp); anything else is built under a
+// temporary name beside its destination and renamed into place only once it is complete with its
+// metadata, so the destination path holds either the
 // old or the new complete item at every instant; a failure removes the temporary copy and leaves
 // an existing destination as it was.
 #include <dirent.h>
 #include <stdio.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,6 +16,7 @@
 #include <vector>
 
 #include "platform/file_data_copy.h"
+#include "platform/linux_file_copy.h"
 #include "platform/linux_file_system.h"
 #include "platform/linux_metadata.h"
 #include "platform/linux_paths.h"
@@ -109,7 +112,7 @@ class ItemCopier {
     if (!out.Valid()) return ErrnoError(kCopy, destPath);
     created = true;
     auto data = CopyFileData(in.Get(), out.Get(), static_cast<std::uint64_t>(before.st_size),
-                             mReport.bytesCopied, progressTotal, mOptions, sourcePath, destPath);
+                             before.st_blocks * 512 < before.st_size, mReport.bytesCopied, progressTotal, mOptions, sourcePath, destPath);
     if (!data) return data.Error();
     mReport.bytesCopied += data.Value().bytesCopied;
     mReport.method = Slowest(mReport.method, data.Value().method);
@@ -224,11 +227,24 @@ FsResult<CopyReport> LinuxFileSystem::CopyItem(const std::string& source, const 
                                                const CopyOptions& options) {
   auto from = AtPath::Resolve(source, kCopy);
   if (!from) return from.Error();
+  FsResult<ItemAttributes> attributes = options.sourceAttributes
+                                            ? FsResult<ItemAttributes>(*options.sourceAttributes)
+                                            : StatAt(from.Value().Dir(), from.Value().Name(), LastPathComponent(source), source);
+  if (!attributes) return attributes.Error();
+  if (attributes.Value().kind == ItemKind::kFile) {
+    // A file needs its destination's folder opened only when the path is too long to name.
+    auto to = AtPath::Resolve(dest, kCopy);
+    if (!to) return to.Error();
+    struct stat existing {};
+    // A new copy does not look first: giving it its name refuses a taken one.
+    const bool replacing = options.replaceExisting &&
+                           ::fstatat(to.Value().Dir(), to.Value().Name(), &existing, AT_SYMLINK_NOFOLLOW) == 0;
+    if (!replacing || !S_ISDIR(existing.st_mode))
+      return CopyRegularFile(from.Value(), attributes.Value(), source, to.Value(), dest, replacing, options);
+  }
   auto to = AtPath::ResolveInParent(dest, kCopy);
   if (!to) return to.Error();
   const int folder = to.Value().Dir();
-  auto attributes = StatAt(from.Value().Dir(), from.Value().Name(), LastPathComponent(source), source);
-  if (!attributes) return attributes.Error();
   struct stat existing {};
   bool destExists = ::fstatat(folder, to.Value().Name(), &existing, AT_SYMLINK_NOFOLLOW) == 0;
   if (destExists && !options.replaceExisting) return MakeFsError(EEXIST, std::string(kCopy), dest);
@@ -260,6 +276,13 @@ FsResult<CopyReport> LinuxFileSystem::CopyItem(const std::string& source, const 
                                 temporaryPath, created, total);
   if (copied && !CopyMayContinue(options, copier.Report().bytesCopied, total))
     copied = MakeFsError(ECANCELED, std::string(kCopy), source, FsProblem::kStopped);
+  CopyReport report = copier.Report();
+  if (copied && options.backupDate && attributes.Value().kind != ItemKind::kSymlink) {
+    const std::string text = std::to_string(*options.backupDate);
+    if (::lsetxattr(AtPath(folder, temporary).ProcPath().c_str(), kBackupDateAttribute, text.data(),
+                    text.size(), 0) != 0)
+      report.backupDateError = errno;
+  }
   if (copied) {
     destExists = ::fstatat(folder, to.Value().Name(), &existing, AT_SYMLINK_NOFOLLOW) == 0;
     if (destExists && !options.replaceExisting) copied = MakeFsError(EEXIST, std::string(kCopy), dest);
@@ -271,7 +294,7 @@ FsResult<CopyReport> LinuxFileSystem::CopyItem(const std::string& source, const 
     if (error.operation == kCopy && error.path.rfind(temporaryPath, 0) == 0) error.path = dest + error.path.substr(temporaryPath.size());
     return error;
   }
-  return copier.Report();
+  return report;
 }
 
 }  // namespace marigold

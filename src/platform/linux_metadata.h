@@ -2,8 +2,10 @@
 // another item.
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "platform/file_system.h"
 #include "platform/linux_paths.h"
 
 namespace marigold::linux_detail {
@@ -20,5 +22,12 @@ bool VolumeIgnoresOwnership(const AtPath& item);
 FsStatus ApplyMetadata(const AtPath& source, const ItemAttributes& sourceAttributes,
                        const AtPath& dest, const ItemAttributes& destAttributes,
                        const std::string& destPathForErrors);
+
+// The same for a new file still open for writing, through its descriptors alone: ownership
+// when permitted, mode, user extended attributes, access lists, `backupDate` when given (a
+// refusal goes to `backupDateError`, it does not fail the call), then the times.
+FsStatus ApplyFileMetadata(int sourceFd, int destFd, const ItemAttributes& sourceAttributes,
+                           std::optional<std::int64_t> backupDate, int& backupDateError,
+                           CopyHints* hints, const std::string& destPathForErrors);
 
 }  // namespace marigold::linux_detail

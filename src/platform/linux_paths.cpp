@@ -1,6 +1,7 @@
 #include "platform/linux_paths.h"
 
 #include <limits.h>
+#include <sys/syscall.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
@@ -56,6 +57,23 @@ FsResult<std::vector<std::string>> ReadFolderNames(DIR* folder, std::string_view
     }
     std::string_view name = d->d_name;
     if (name != "." && name != "..") names.emplace_back(name);
+  }
+}
+
+FsResult<std::vector<std::string>> ReadFolderNames(int folderFd, std::string_view operation,
+                                                   const std::string& pathForErrors) {
+  std::vector<std::string> names;
+  alignas(dirent64) char buffer[32768];
+  for (;;) {
+    const long n = RetryOnInterrupt([&] { return ::syscall(SYS_getdents64, folderFd, buffer, sizeof buffer); });
+    if (n < 0) return ErrnoError(operation, pathForErrors);
+    if (n == 0) return names;
+    for (long offset = 0; offset < n;) {
+      const auto* entry = reinterpret_cast<const dirent64*>(buffer + offset);
+      std::string_view name = entry->d_name;
+      if (name != "." && name != "..") names.emplace_back(name);
+      offset += entry->d_reclen;
+    }
   }
 }
 

@@ -87,6 +87,11 @@ std::string SiblingPath(std::string path, const std::string& name);
 FsResult<std::vector<std::string>> ReadFolderNames(DIR* folder, std::string_view operation,
                                                    const std::string& pathForErrors);
 
+// The same from a folder opened for reading, without the stream's own calls (the descriptor
+// stays open and its position moves to the end).
+FsResult<std::vector<std::string>> ReadFolderNames(int folderFd, std::string_view operation,
+                                                   const std::string& pathForErrors);
+
 // "/proc/self/fd/N": a path naming what an open descriptor names.
 std::string FdPath(int fd);
 

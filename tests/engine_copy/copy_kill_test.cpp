@@ -1,6 +1,6 @@
 // A run killed at any instant: every destination file is the complete old or the complete new
-// file, whatever else is left carries the engine's temporary marker (a later scan passes it by),
-// and a later run completes the work.
+// file, a new file is complete or absent with nothing left of it, whatever else is left carries
+// the engine's temporary marker (a later scan passes it by), and a later run completes the work.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -26,9 +26,14 @@ std::string Name(int i) { return "file-" + std::to_string(i); }
 std::string NewContent(int i) { return std::string(40000 + 97 * i, static_cast<char>('a' + i % 26)); }
 std::string OldContent(int i) { return "old " + std::to_string(i) + std::string(1000 * (i % 7), '.'); }
 
-std::vector<ScanNode> ReplaceEverything() {
-  std::vector<ScanNode> nodes;
-  for (int i = 0; i < kFiles; ++i) nodes.push_back(FileNode(Name(i), kCopyModeReplaceAToB));
+// Every file of A replaces its older self in B; those of A's "new" folder are new to B.
+std::vector<ScanNode> CopyEverything() {
+  std::vector<ScanNode> nodes, added;
+  for (int i = 0; i < kFiles; ++i) {
+    nodes.push_back(FileNode(Name(i), kCopyModeReplaceAToB));
+    added.push_back(FileNode(Name(i), kCopyModeCopyAToB));
+  }
+  nodes.push_back(FolderNode("new", kCopyModeNothing, std::move(added)));
   return nodes;
 }
 
@@ -37,7 +42,7 @@ pid_t StartCopy(const std::string& a, const std::string& b) {
   pid_t child = ::fork();
   if (child == 0) {
     CopyHarness h(a, b);
-    std::vector<ScanNode> nodes = ReplaceEverything();
+    std::vector<ScanNode> nodes = CopyEverything();
     h.Run(nodes);
     ::_exit(h.state.gTotError == 0 ? 0 : 1);
   }
@@ -50,8 +55,10 @@ TEST(KilledRun, LeavesOldOrNewFilesAndOnlyMarkedTemporaries) {
   Tree newTree, oldTree;
   for (int i = 0; i < kFiles; ++i) {
     newTree[Name(i)] = NewContent(i);
+    newTree["new/" + Name(i)] = NewContent(i);
     oldTree[Name(i)] = OldContent(i);
   }
+  newTree["new/"] = oldTree["new/"] = kDir;
   trees::Build(a, newTree);
   // The old files are older than the new ones, so that a later scan replaces what is left.
   auto resetDestination = [&] {
@@ -82,8 +89,17 @@ TEST(KilledRun, LeavesOldOrNewFilesAndOnlyMarkedTemporaries) {
     ::kill(child, SIGKILL);
     ::waitpid(child, &status, 0);
 
-    int replaced = 0;
-    for (const auto& [name, content] : trees::Read(b)) {
+    int replaced = 0, added = 0;
+    for (const auto& [path, content] : trees::Read(b)) {
+      if (path == "new/") continue;
+      if (path.starts_with("new/")) {
+        // A new file appears whole under its name or not at all, with no temporary beside it.
+        ASSERT_TRUE(path.starts_with("new/file-")) << "killed after " << delay.count() << " us: " << path;
+        ASSERT_EQ(content, NewContent(std::stoi(path.substr(9)))) << "killed after " << delay.count() << " us: " << path;
+        ++added;
+        continue;
+      }
+      const std::string& name = path;
       if (IsTemporaryName(name)) continue;
       ASSERT_TRUE(name.starts_with("file-")) << "killed after " << delay.count() << " us: " << name;
       const int i = std::stoi(name.substr(5));
@@ -99,12 +115,14 @@ TEST(KilledRun, LeavesOldOrNewFilesAndOnlyMarkedTemporaries) {
     Scanner scanner(h.context);
     ScanNode root;
     ASSERT_TRUE(scanner.ScanSingleFolder(root, a, b, true));
-    int toReplace = 0;
+    int toReplace = 0, toAdd = 0;
     for (const ScanNode& node : root.subItems) {
       EXPECT_FALSE(IsTemporaryName(node.name)) << node.name << " taken for a user item";
       toReplace += node.copyMode == kCopyModeReplaceAToB;
+      for (const ScanNode& child : node.subItems) toAdd += child.copyMode == kCopyModeCopyAToB;
     }
     EXPECT_EQ(toReplace, kFiles - replaced);
+    EXPECT_EQ(toAdd, kFiles - added);
     EXPECT_TRUE(h.Run(root.subItems, false));
     Tree after = trees::Read(b);
     std::erase_if(after, [](const auto& entry) { return IsTemporaryName(entry.first); });

@@ -96,8 +96,53 @@ TEST(CopyItem, FullDiskKeepsTheOldFileAndLeavesNoTemporary) {
   EXPECT_EQ(copied.Error().code, ENOSPC);
   EXPECT_EQ(copied.Error().path, dest);
   EXPECT_EQ(ReadFile(dest), "old");
+  // A new file fails the same way, unnamed or not, and leaves nothing under its name.
+  for (bool refuseUnnamed : {false, true}) {
+    CopyHints hints;
+    hints.noUnnamedFiles = refuseUnnamed;
+    CopyOptions fresh;
+    fresh.hints = &hints;
+    EXPECT_EQ(fs.CopyItem(tree / "big", volume->Path() + "/new", fresh).Error().code, ENOSPC);
+    EXPECT_TRUE(fs.GetAttributes(volume->Path() + "/new").Error().IsMissing());
+  }
   EXPECT_EQ(CountTemporaryItems(volume->Path()), 0);
   EXPECT_LE(fs.GetFreeSpace(volume->Path()).Value(), 2u << 20);
+}
+
+// A new file gets everything before it has a name, whether it is written unnamed or (where the
+// volume refuses that) under a temporary name; a folder's default access list does not stick to
+// a copy whose source has none.
+TEST(CopyItem, NewFileArrivesCompleteWithOrWithoutAnUnnamedStart) {
+  for (bool refuseUnnamed : {false, true}) {
+    TempFolder tree;
+    LinuxFileSystem fs;
+    WriteFile(tree / "plain", "plain", 0640);
+    WriteFile(tree / "listed", "listed", 0600);
+    ASSERT_EQ(::lsetxattr((tree / "plain").c_str(), "user.tag", "t", 1, 0), 0);
+    ASSERT_EQ(test::RunCommand("setfacl -m u:54321:r '" + tree / "listed" + "'"), 0);
+    ASSERT_TRUE(fs.CreateFolder(tree / "dest", 0755, false));
+    ASSERT_EQ(test::RunCommand("setfacl -d -m u:54321:rw '" + tree / "dest" + "'"), 0);
+    CopyHints hints;
+    hints.noUnnamedFiles = refuseUnnamed;
+    CopyOptions options;
+    options.hints = &hints;
+    options.backupDate = 1234;
+    for (const char* name : {"plain", "listed"}) {
+      const std::string source = tree / name, copy = tree / "dest/" + name;
+      ASSERT_TRUE(fs.SetTimes(source, {1'600'000'000, 123'456'789}, FileTime{1'500'000'000, 1}));
+      ASSERT_TRUE(fs.CopyItem(source, copy, options)) << name;
+      auto from = fs.GetAttributes(source).Value(), to = fs.GetAttributes(copy).Value();
+      EXPECT_EQ(ReadFile(copy), name);
+      EXPECT_EQ(to.mode, from.mode) << name;
+      EXPECT_EQ(to.modificationTime, from.modificationTime) << name;
+      EXPECT_EQ(to.accessTime, from.accessTime) << name;
+      EXPECT_EQ(Xattr(copy, "user.tag"), Xattr(source, "user.tag")) << name;
+      EXPECT_EQ(Acl(copy), Acl(source)) << name;
+      EXPECT_EQ(fs.GetBackupDate(copy), 1234) << name;
+    }
+    EXPECT_EQ(CountTemporaryItems(tree / "dest"), 0);
+    EXPECT_EQ(fs.CopyItem(tree / "plain", tree / "dest/plain", options).Error().code, EEXIST);
+  }
 }
 
 TEST(CopyMetadata, MakesAnExistingItemAgreeAndKeepsItsOwnAttributes) {
@@ -160,6 +205,9 @@ TEST(CopyItem, OntoAVolumeThatKeepsLittle) {
     ASSERT_TRUE(copied) << copied.Error().Message();
   }
   EXPECT_EQ(ReadFile(stickPath + "/doc"), "new");
+  auto fresh = fs.CopyItem(tree / "doc", stickPath + "/fresh", {});  // no unnamed files here
+  ASSERT_TRUE(fresh) << fresh.Error().Message();
+  EXPECT_EQ(ReadFile(stickPath + "/fresh"), "new");
   EXPECT_EQ(ReadFile(stickPath + "/Pkg.app/Contents/new"), "inside");
   EXPECT_TRUE(fs.GetAttributes(stickPath + "/Pkg.app/Contents/old").Error().IsMissing());
   EXPECT_EQ(CountTemporaryItems(stickPath), 0);
