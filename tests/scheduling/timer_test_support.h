@@ -22,22 +22,22 @@ struct RowSpec {
   std::string weekdays = "SMTWTFS";                  // a "-" switches that day off, from Sunday
 };
 
-inline PlistDict TimerRow(const ZonedCalendar& cal, const RowSpec& spec) {
-  PlistDict row = DefaultTimerRow(cal.DateFrom(spec.start));
+inline PlistDict TimerRow(const ZonedCalendar& cal, const RowSpec& shape) {
+  PlistDict row = DefaultTimerRow(cal.DateFrom(shape.start));
   row.Set("valid", 1);
-  const bool repeats = spec.minutes + spec.hours + spec.days + spec.months != 0;
+  const bool repeats = shape.minutes + shape.hours + shape.days + shape.months != 0;
   row.Set("intervalOn", repeats ? 1 : 0);
-  row.Set("intervalMinutes", spec.minutes);
-  row.Set("intervalHours", spec.hours);
-  row.Set("intervalDays", spec.days);
-  row.Set("intervalMonths", spec.months);
-  LocalTime end = spec.endDate.value_or(spec.start);
-  if (spec.endTime) end.hour = spec.endTime->hour, end.minute = spec.endTime->minute;
+  row.Set("intervalMinutes", shape.minutes);
+  row.Set("intervalHours", shape.hours);
+  row.Set("intervalDays", shape.days);
+  row.Set("intervalMonths", shape.months);
+  LocalTime end = shape.endDate.value_or(shape.start);
+  if (shape.endTime) end.hour = shape.endTime->hour, end.minute = shape.endTime->minute;
   row.Set("end", cal.DateFrom(end));
-  row.Set("endOn", spec.endTime ? 1 : 0);
-  row.Set("endDateOn", spec.endDate ? 1 : 0);
+  row.Set("endOn", shape.endTime ? 1 : 0);
+  row.Set("endDateOn", shape.endDate ? 1 : 0);
   const char* keys[7] = {"onlySunday", "onlyMonday", "onlyTuesday", "onlyWednesday", "onlyThursday", "onlyFriday", "onlySaturday"};
-  for (int i = 0; i < 7; ++i) row.Set(keys[i], spec.weekdays[static_cast<std::size_t>(i)] == '-' ? 0 : 1);
+  for (int i = 0; i < 7; ++i) row.Set(keys[i], shape.weekdays[static_cast<std::size_t>(i)] == '-' ? 0 : 1);
   return row;
 }
 
@@ -49,7 +49,7 @@ inline PlistDict TimerDocument(const ZonedCalendar& cal, const std::vector<std::
     PlistDict session = *GetSessionDict(model, 0);
     session.GetDict("consoleDict")->Set("sessionName", "S" + std::to_string(i));
     PlistArray rows;
-    for (const RowSpec& spec : sessions[i]) rows.push_back(TimerRow(cal, spec));
+    for (const RowSpec& shape : sessions[i]) rows.push_back(TimerRow(cal, shape));
     session.Set("timerDict", PlistDict{{"timerOn", 1}, {"timerArray", rows}});
     array.push_back(session);
   }
