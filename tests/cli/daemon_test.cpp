@@ -7,6 +7,7 @@
 #include <chrono>
 #include <ctime>
 #include <filesystem>
+#include <regex>
 #include <thread>
 
 #include "support/cli_runner.h"
@@ -70,6 +71,13 @@ void MakeTree(const std::string& root, int folders, int files) {
   }
 }
 
+// The log file that the daemon's line about `session`'s run names, or "" when it names none.
+std::string LogNamed(const std::string& err, const std::string& session) {
+  std::smatch found;
+  const std::regex line("Timer run of \"" + session + "\" [a-z]+, errors: [0-9]+, log: ([^\n]+)");
+  return std::regex_search(err, found, line) ? found[1].str() : "";
+}
+
 std::size_t CountFiles(const std::string& root) {
   std::size_t count = 0;
   for (const auto& item : std::filesystem::recursive_directory_iterator(root)) count += item.is_regular_file() ? 1 : 0;
@@ -109,10 +117,13 @@ TEST(Daemon, FiresDueTimersOneAfterTheOtherHoldsTheLockAndStopsOnTerm) {
 
   ASSERT_TRUE(daemon.WaitFor("Timer run of \"Default Sync Session\" ended, errors: 0", 30s)) << daemon.Err();
   EXPECT_EQ(CountFiles(home.Path("small-copy")), 3u);
+  EXPECT_TRUE(std::filesystem::is_regular_file(LogNamed(daemon.Err(), "Default Sync Session"))) << daemon.Err();
   ASSERT_TRUE(daemon.WaitFor("Timer run of \"Default Backup Session\" starts", 20s)) << daemon.Err();
   EXPECT_EQ(daemon.Terminate(), 0);
   EXPECT_NE(daemon.Err().find("Timer run of \"Default Backup Session\" stopped"), std::string::npos) << daemon.Err();
   EXPECT_LT(CountFiles(home.Path("large-copy")), 20000u);
+  const std::string stoppedLog = LogNamed(daemon.Err(), "Default Backup Session");
+  EXPECT_NE(ReadFileText(stoppedLog).find("user pressed the Stop button."), std::string::npos) << stoppedLog;
 }
 
 }  // namespace
