@@ -4,10 +4,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <filesystem>
-#include <regex>
 #include <thread>
 
 #include "support/cli_runner.h"
@@ -73,9 +73,13 @@ void MakeTree(const std::string& root, int folders, int files) {
 
 // The log file that the daemon's line about `session`'s run names, or "" when it names none.
 std::string LogNamed(const std::string& err, const std::string& session) {
-  std::smatch found;
-  const std::regex line("Timer run of \"" + session + "\" [a-z]+, errors: [0-9]+, log: ([^\n]+)");
-  return std::regex_search(err, found, line) ? found[1].str() : "";
+  const std::string start = "Timer run of \"" + session + "\" ";
+  for (std::size_t line = err.find(start); line != std::string::npos; line = err.find(start, line + 1)) {
+    const std::size_t end = std::min(err.find('\n', line), err.size());
+    const std::size_t log = err.find(", log: ", line);
+    if (log < end) return err.substr(log + 7, end - log - 7);
+  }
+  return "";
 }
 
 std::size_t CountFiles(const std::string& root) {
@@ -95,6 +99,7 @@ TEST(Daemon, FiresDueTimersOneAfterTheOtherHoldsTheLockAndStopsOnTerm) {
   for (const char* dest : {"small-copy", "large-copy"}) std::filesystem::create_directories(home.Path(dest));
   const std::string doc = home.Path("timers.mgy");
   ASSERT_EQ(home.Run({"doc", "new", doc}).status, 0);
+  ASSERT_EQ(home.Run({"prefs", "set", "prefSaveLogFile=1", "prefSaveLogFileWhen=1"}).status, 0);
   // Far enough from the minute's end that planning still sees the minute as not past.
   while (std::time(nullptr) % 60 > 45) std::this_thread::sleep_for(1s);
   const std::string minute = IsoUtcDateText(PlistDate{TruncateSeconds(Now()).seconds});
