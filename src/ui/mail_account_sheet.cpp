@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <optional>
 
 #include "logging/email_account.h"
 #include "logging/email_report.h"
@@ -76,26 +77,28 @@ PlistDict MailAccountSheet::Edited() const {
   return edited;
 }
 
-void MailAccountSheet::Apply() {
-  const PlistDict edited = Edited();
+std::optional<PlistDict> MailAccountSheet::CheckedEdits() {
+  PlistDict edited = Edited();
   std::string reason;
   if (!CheckSendEmailDict(edited, &reason)) {
     ShowAlert(this, WarningAlert(reason));
-    return;
+    return std::nullopt;
   }
   StopSending();
-  mAccount = edited;
+  return edited;
+}
+
+void MailAccountSheet::Apply() {
+  std::optional<PlistDict> edited = CheckedEdits();
+  if (!edited) return;
+  mAccount = std::move(*edited);
   accept();
 }
 
 void MailAccountSheet::SendTestMessage() {
-  const PlistDict edited = Edited();
-  std::string reason;
-  if (!CheckSendEmailDict(edited, &reason)) {
-    ShowAlert(this, WarningAlert(reason));
-    return;
-  }
-  StopSending();
+  const std::optional<PlistDict> checked = CheckedEdits();
+  if (!checked) return;
+  const PlistDict edited = *checked;
   mTest->setEnabled(false);
   mStatus->setText(ToQ(GLS("Sending the test message…")));
   mCancel = std::make_shared<std::atomic<bool>>(false);

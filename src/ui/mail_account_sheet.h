@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <thread>
 
 #include "util/plist_value.h"
@@ -31,6 +32,9 @@ class MailAccountSheet : public QDialog {
 
  private:
   PlistDict Edited() const;
+  // The edited account when it passes the account checks (any test message under way is
+  // stopped); otherwise the alert says why and nothing is returned.
+  std::optional<PlistDict> CheckedEdits();
   void Apply();
   void StopSending();
 

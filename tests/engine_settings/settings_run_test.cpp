@@ -9,6 +9,7 @@
 #include "support/run_harness.h"
 #include "options/sub_folder_name.h"
 #include "support/platform_test_support.h"
+#include "support/private_home.h"
 #include "util/quillon_additions.h"
 
 namespace marigold::run_test {
@@ -17,22 +18,10 @@ namespace {
 using trees::Tree;
 constexpr std::int64_t T = 1'700'000'000;
 
-// GIO reads HOME and XDG_DATA_HOME once per process: they point at a temporary home before any
-// test can reach the trash.
-class TrashHome : public ::testing::Environment {
- public:
-  void SetUp() override {
-    mHome = std::make_unique<TempFolder>();
-    ::setenv("HOME", mHome->Path().c_str(), 1);
-    ::setenv("XDG_DATA_HOME", mHome->Join("data").c_str(), 1);
-  }
-  void TearDown() override { mHome.reset(); }
-  static std::string Trash() { return std::string(std::getenv("XDG_DATA_HOME")) + "/Trash/files"; }
+[[maybe_unused]] ::testing::Environment* const kTrashHome =
+    ::testing::AddGlobalTestEnvironment(new PrivateHomeEnvironment);
 
- private:
-  std::unique_ptr<TempFolder> mHome;
-};
-[[maybe_unused]] ::testing::Environment* const kTrashHome = ::testing::AddGlobalTestEnvironment(new TrashHome);
+std::string Trash() { return std::string(std::getenv("XDG_DATA_HOME")) + "/Trash/files"; }
 
 void Set(RunHarness& h, const char* key, PlistValue value) {
   GetSessionDict(h.document, 0)->GetDict("settingsDict")->Set(key, std::move(value));
@@ -126,8 +115,8 @@ TEST(SettingMoveToTrash, RemovedItemsGoToTheTrashAndAreCounted) {
   RunDriver& run = h.Run();
   EXPECT_EQ(h.Task(0, 0).GetInt("gTotError"), 0);
   EXPECT_EQ(trees::Read(h.B()), (Tree{{"keep", "k"}}));
-  EXPECT_EQ(h.temp.ReadFile(TrashHome::Trash() + "/gone.txt"), "g");
-  EXPECT_EQ(h.temp.ReadFile(TrashHome::Trash() + "/olddir/inner.txt"), "i");
+  EXPECT_EQ(h.temp.ReadFile(Trash() + "/gone.txt"), "g");
+  EXPECT_EQ(h.temp.ReadFile(Trash() + "/olddir/inner.txt"), "i");
   EXPECT_EQ(run.copyTotals().FilesTrashed, 2);
   EXPECT_EQ(run.copyTotals().FoldersTrashed, 1);
   EXPECT_EQ(run.copyTotals().FilesDeleted + run.copyTotals().FoldersDeleted, 0);
