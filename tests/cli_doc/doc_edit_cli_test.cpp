@@ -7,7 +7,9 @@
 #include "platform/linux_file_system.h"
 #include "platform/plist_files.h"
 #include "support/cli_runner.h"
+#include "support/tree_values.h"
 #include "util/plist_io.h"
+#include "util/well_scramble.h"
 
 namespace marigold {
 namespace {
@@ -107,8 +109,11 @@ TEST_F(DocEdit, RefusedEditsLeaveTheFileUntouched) {
       {{"doc", "set", "--session", "Nobody", "settingsDict.settExact=1"}, "no session is called \"Nobody\""},
       {{"doc", "set", "--session", "Default Sync Session", "timerDict.timerArray.0.start=2001-05-01T09:30:00Z"},
        "timerDict.timerArray.0: Can't set a Start Year less than 2002."},
-      {{"doc", "set", "--session", "Default Sync Session", "timerDict.timerArray.1.intervalOn=1"},
-       "Can't set a zero interval."},
+      {{"doc", "set", "--session", "Default Sync Session", "filterDict.filterArray.3.filterFileNameOn=1"},
+       "Please insert a valid file name."},
+      {{"doc", "set", "--session", "Default Sync Session", "multiDict.multiOn=1", "multiDict.multiArray.0.source=/x",
+        "multiDict.multiArray.0.destination=/y", "multiDict.multiArray.2.source=/z", "multiDict.multiArray.2.destination=/z"},
+       "as source and destination at the row 3."},
       {{"doc", "set", "settingsDict.settExact=1"}, "name a session with --session"},
       {{"doc", "set", "sessionIndex=2"}, "names no session"},
       {{"doc", "set", "fileVersion=421"}, "every write stamps"},
@@ -121,16 +126,6 @@ TEST_F(DocEdit, RefusedEditsLeaveTheFileUntouched) {
     EXPECT_NE(result.err.find(c.error), std::string::npos) << c.args.back() << ": " << result.err;
     EXPECT_TRUE(StateOf(file) == before) << c.args.back();
   }
-}
-
-// An edited timer row is confirmed by the editor's checks; the master box needs a row on and valid.
-TEST_F(DocEdit, TimerRowsAreConfirmedByTheEditorsChecks) {
-  ASSERT_EQ(Run({"doc", "set", "timerDict.timerOn=1", "timerDict.timerArray.2.start=2026-05-01T09:30:00Z"}).status, 0);
-  EXPECT_EQ(Run({"doc", "get", "timerDict.timerArray.2.valid"}).out, "1\n");
-  EXPECT_EQ(Run({"doc", "get", "timerDict.timerOn"}).out, "1\n");
-  ASSERT_EQ(Run({"doc", "set", "timerDict.timerArray.2.onOff=0"}).status, 0);
-  EXPECT_EQ(Run({"doc", "get", "timerDict.timerArray.2.valid"}).out, "1\n");
-  EXPECT_EQ(Run({"doc", "get", "timerDict.timerOn"}).out, "0\n");
 }
 
 TEST_F(DocEdit, SessionCommandsActAsTheMenuDoes) {
@@ -207,6 +202,57 @@ TEST_F(DocEdit, RowsWithSortedKeysAreStillBlank) {
   ASSERT_TRUE(WriteXmlPlistFile(SystemFileSystem(), file, PlistValue(root)));
   CliResult set = Run({"doc", "set", "settingsDict.settExact=1"});
   EXPECT_EQ(set.status, 0) << set.err;
+}
+
+// An edited document runs with the options it was given.
+TEST_F(DocEdit, RunsWithItsFiltersExclusionsAndSettings) {
+  trees::Build(h.Path("A"), {{"keep.txt", "k"},
+                             {"draft.TMP", "filtered by name"},
+                             {"cache/", ""},
+                             {"cache/big.bin", "excluded with its folder"},
+                             {".hidden", "invisible"}});
+  trees::Build(h.Path("B"), {{"old.txt", "gone after an exact backup"}});
+  const CliResult set = Run({"doc", "set", "consoleDict.topFolder=" + h.Path("A"), "consoleDict.bottomFolder=" + h.Path("B"),
+                             "settingsDict.settTask=2", "settingsDict.settExact=1",
+                             "settingsDict.settInvisibleItems=0", "filterDict.filterOn=1",
+                             "filterDict.filterArray.0.filterFileNameOn=1",
+                             "filterDict.filterArray.0.filterFileNamePop=2",
+                             "filterDict.filterArray.0.filterFileNameField=.tmp", "excludeDict.excludeOn=1",
+                             "excludeDict.excludeArray.0.itemToExclude=" + h.Path("a/CACHE")});
+  ASSERT_EQ(set.status, 0) << set.err;
+
+  const CliResult run = h.Run({"run", file});
+  ASSERT_EQ(run.status, 0) << run.out << run.err;
+  EXPECT_EQ(trees::Read(h.Path("B")), (trees::Tree{{"keep.txt", "k"}}));
+}
+
+TEST_F(DocEdit, APasswordIsReadFromStandardInputAndStoredScrambledInAPrivateFile) {
+  const CliResult set = h.Run({"doc", "set", file, "autoMountDict.autoMountVolumeArray.2.password=-"}, "moss-and-rain\n");
+  ASSERT_EQ(set.status, 0) << set.err;
+  const PlistDict root = ReadPlistDictFile(file).value_or(PlistDict());
+  const PlistDict* row =
+      GetSessionDict(root, 0)->GetDict("autoMountDict")->GetArray("autoMountVolumeArray")->at(2).AsDict();
+  ASSERT_NE(row->GetData("password"), nullptr);
+  EXPECT_EQ(GetWellData(*row->GetData("password")), "moss-and-rain");
+  EXPECT_EQ(ReadFileText(file).find("moss-and-rain"), std::string::npos);
+  struct stat info {};
+  ASSERT_EQ(::stat(file.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0700u);
+}
+
+TEST_F(DocEdit, ScriptCheckPrintsWhatThePanelWouldSay) {
+  ASSERT_EQ(h.Run({"doc", "set", file, "appleScriptDict.asStartOn=1", "appleScriptDict.asStartText=echo fine",
+                   "appleScriptDict.asEndOn=1", "appleScriptDict.asEndText=if true"})
+                .status,
+            0);
+  const CliResult bad = h.Run({"doc", "script-check", file});
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_EQ(bad.out.rfind("Error in the second script.\nError: 2.\n", 0), 0u) << bad.out;
+
+  ASSERT_EQ(h.Run({"doc", "set", file, "appleScriptDict.asEndText=true"}).status, 0);
+  const CliResult good = h.Run({"doc", "script-check", file});
+  EXPECT_EQ(good.status, 0);
+  EXPECT_EQ(good.out, "");
 }
 
 }  // namespace
