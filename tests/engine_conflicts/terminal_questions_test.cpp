@@ -4,8 +4,6 @@
 
 #include "support/cli_runner.h"
 #include "support/tree_values.h"
-#include "platform/plist_files.h"
-#include "model/document_model.h"
 
 namespace marigold::conflicts_test {
 namespace {
@@ -60,22 +58,6 @@ INSTANTIATE_TEST_SUITE_P(
                       ConfirmCase{"NotAskedOfAnUnattendedRun", {}, "", false, true},
                       ConfirmCase{"NotAskedOfADryRun", {"--interactive", "--dry-run"}, "", false, false}),
     [](const auto& info) { return std::string(info.param.name); });
-
-TEST(RunConfirmation, NamesTheMultipleListOfADocumentSession) {
-  Terminal temp;
-  PlistDict document = NewTemplate();
-  PlistDict& session = *GetSessionDict(document, 1);
-  session.GetDict("consoleDict")->Set("topFolder", temp.Path("A"));
-  session.GetDict("consoleDict")->Set("bottomFolder", temp.Path("B"));
-  session.GetDict("multiDict")->Set("multiOn", 1);
-  document.Set("sessionIndex", 1);
-  ASSERT_TRUE(WriteXmlPlistFile(SystemFileSystem(), temp.Path("doc.mgy"), PlistValue(document)));
-
-  const CliResult shell = temp.Run({"run", temp.Path("doc.mgy"), "--interactive"}, "n\n");
-
-  EXPECT_EQ(shell.status, 0) << shell.err;
-  EXPECT_TRUE(Has(shell.err, "Are you sure you want to backup from the multiple list? [y/N]")) << shell.err;
-}
 
 // Brings A and B into step once, then changes `name` on both sides after that run, A last.
 std::int64_t BothChangedAfterARun(const Terminal& temp, const std::vector<std::string>& flags) {
