@@ -151,5 +151,26 @@ TEST(ItemDecisionDates, AskedForOnlyWhenARuleNeedsThem) {
   EXPECT_TRUE(DecideBothPresent(a, b, false, rules).needsBackupDates);
 }
 
+// Attribute changes: the side whose status changed last wins a synchronisation, a backup always
+// carries A's, and a case-only rename goes by the access dates beyond two seconds.
+TEST(AttrChangedMode, StatusTimeOrdersAndAccessDatesCarryRenames) {
+  auto side = [](std::int64_t changed, std::int64_t accessed) {
+    return ItemSide{.present = true, .statusChanged = {changed, 0}, .accessed = accessed};
+  };
+  const AttrDifference both{true, true};
+  const struct { const char* name; ItemSide a, b; AttrDifference difference; bool namesDiffer, sync; int want; } cases[] = {
+      {"ALaterInSync", side(T + 100, T), side(T, T), both, false, true, 8},
+      {"BLaterInSync", side(T - 100, T), side(T, T), both, false, true, 9},
+      {"BLaterButNothingTowardA", side(T - 100, T), side(T, T), {true, false}, false, true, 0},
+      {"BackupAlwaysCarriesA", side(T - 100, T), side(T, T), both, false, false, 8},
+      {"RenameByLaterAccessOnA", side(T, T + 100), side(T, T), {}, true, true, 8},
+      {"RenameByLaterAccessOnB", side(T, T), side(T, T + 100), {}, true, true, 9},
+      {"BackupNeverRenamesA", side(T, T), side(T, T + 100), {}, true, false, 0},
+      {"TwoSecondsAreTheSame", side(T, T + 2), side(T, T), {}, true, true, 0},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(AttrChangedMode(0, c.a, c.b, c.difference, c.namesDiffer, true, c.sync, 0), c.want) << c.name;
+}
+
 }  // namespace
 }  // namespace marigold::scantest

@@ -1,5 +1,6 @@
 // What Linux folders hold that the scan must cope with: letter case, special files, link loops,
 // names that are not text, very long paths, and the engine's own temporaries.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -8,6 +9,7 @@
 #include <cstring>
 
 #include "scan_test_support.h"
+#include "support/fault_file_system.h"
 #include "support/tree_values.h"
 
 namespace marigold::scantest {
@@ -20,12 +22,22 @@ TEST(ScanOnLinux, NamesDifferingInCaseAreTwoItemsOnACaseSensitiveVolume) {
   EXPECT_EQ(h.Modes(), (std::map<std::string, int>{{"README", 3}, {"Readme", 2}}));
 }
 
+// B's folder answers as a volume that ignores letter case would.
+class CaseInsensitiveB : public FaultFileSystem {
+ public:
+  CaseInsensitiveB(FileSystem& real, std::string folder) : FaultFileSystem(real), mFolder(std::move(folder)) {}
+  FsResult<bool> IsCaseInsensitive(const std::string& folder, bool) override { return folder == mFolder; }
+
+ private:
+  std::string mFolder;
+};
+
 TEST(ScanOnLinux, NamesDifferingInCaseAreOneItemWhereBIgnoresCase) {
   TempTree a{{{"Readme", "a"}, {"Docs/a", "new", T + 10}}}, b{{{"README", "a"}, {"DOCS/A", "old"}}};
-  TweakedFileSystem fs;
-  fs.caseInsensitiveFolders.insert(b.Path());
-  fs.accessTime[a / "Readme"] = T + 100;  // the case-only rename is carried as metadata
-  fs.accessTime[b / "README"] = T;
+  const timespec accessedLater[2] = {{T + 100, 0}, {T, 0}};  // the case-only rename is carried as metadata
+  ASSERT_EQ(::utimensat(AT_FDCWD, (a / "Readme").c_str(), accessedLater, AT_SYMLINK_NOFOLLOW), 0);
+  LinuxFileSystem real;
+  CaseInsensitiveB fs{real, b.Path()};
   ScanHarness h{TaskKind::kSync, &fs};
   h.state.session.gCheckAttrChanged = true;
   ASSERT_TRUE(h.Scan(a.Path(), b.Path()));

@@ -46,29 +46,6 @@ TempTree::TempTree(const TreeShape& shape) {
 
 TempTree::~TempTree() { LinuxFileSystem().RemoveTree(mPath); }
 
-void TweakedFileSystem::Tweak(const std::string& path, ItemAttributes& attributes) const {
-  if (auto shift = statusShift.find(path); shift != statusShift.end()) attributes.statusTime.seconds += shift->second;
-  if (auto access = accessTime.find(path); access != accessTime.end()) attributes.accessTime = {access->second, 0};
-}
-
-FsResult<ItemAttributes> TweakedFileSystem::GetAttributes(const std::string& path) {
-  auto result = mReal.GetAttributes(path);
-  if (result) Tweak(path, result.Value());
-  return result;
-}
-
-FsResult<std::vector<FolderEntry>> TweakedFileSystem::ListFolder(const std::string& path) {
-  auto result = mReal.ListFolder(path);
-  if (result) {
-    for (FolderEntry& entry : result.Value()) Tweak(ChildPath(path, entry.name), entry.attributes);
-  }
-  return result;
-}
-
-FsResult<bool> TweakedFileSystem::IsCaseInsensitive(const std::string& folder, bool) {
-  return caseInsensitiveFolders.contains(folder);
-}
-
 ScanHarness::ScanHarness(TaskKind kind, FileSystem* fileSystem)
     : fs(fileSystem ? *fileSystem : realFs),
       errors(state, proxy, preferences),

@@ -3,10 +3,8 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -47,48 +45,6 @@ class TempTree {
 
 // Sets an item's modification time without following a link.
 void SetTime(const std::string& path, std::int64_t seconds, std::uint32_t nanoseconds = 0);
-
-// Forwards to the real file system, except that the folders listed say they ignore case and
-// status-change times can be shifted per path.
-class TweakedFileSystem : public FileSystem {
- public:
-  std::set<std::string> caseInsensitiveFolders;
-  std::map<std::string, std::int64_t> statusShift;  // full path -> seconds added to ctime
-  std::map<std::string, std::int64_t> accessTime;   // full path -> atime seconds
-
-  FsResult<ItemAttributes> GetAttributes(const std::string& path) override;
-  FsResult<std::vector<FolderEntry>> ListFolder(const std::string& path) override;
-  FsResult<bool> IsCaseInsensitive(const std::string& folder, bool mayCreateProbe) override;
-  FsResult<std::string> ReadLink(const std::string& p) override { return mReal.ReadLink(p); }
-  FsResult<std::string> ResolvePath(const std::string& p) override { return mReal.ResolvePath(p); }
-  FsStatus CheckAccess(const std::string& p, int m) override { return mReal.CheckAccess(p, m); }
-  std::optional<std::int64_t> GetBackupDate(const std::string& p) override { return mReal.GetBackupDate(p); }
-  FsResult<MetadataExtras> GetMetadataExtras(const std::string& p) override { return mReal.GetMetadataExtras(p); }
-  FsStatus CreateFolder(const std::string& p, std::uint32_t m, bool i) override { return mReal.CreateFolder(p, m, i); }
-  FsStatus RemoveItem(const std::string& p) override { return mReal.RemoveItem(p); }
-  FsStatus RemoveTree(const std::string& p) override { return mReal.RemoveTree(p); }
-  FsStatus Rename(const std::string& f, const std::string& t, bool r) override { return mReal.Rename(f, t, r); }
-  FsStatus SetTimes(const std::string& p, FileTime m, std::optional<FileTime> a) override { return mReal.SetTimes(p, m, a); }
-  FsStatus SetMode(const std::string& p, std::uint32_t m) override { return mReal.SetMode(p, m); }
-  FsStatus SetOwner(const std::string& p, std::int64_t u, std::int64_t g) override { return mReal.SetOwner(p, u, g); }
-  FsStatus SetLocked(const std::string& p, bool l) override { return mReal.SetLocked(p, l); }
-  FsStatus SetBackupDate(const std::string& p, std::int64_t s) override { return mReal.SetBackupDate(p, s); }
-  FsResult<CopyReport> CopyItem(const std::string& s, const std::string& d, const CopyOptions& o) override {
-    return mReal.CopyItem(s, d, o);
-  }
-  FsStatus CopyMetadata(const std::string& s, const std::string& d) override { return mReal.CopyMetadata(s, d); }
-  FsStatus MoveToTrash(const std::string& p) override { return mReal.MoveToTrash(p); }
-  FsResult<std::uint64_t> GetFreeSpace(const std::string& p) override { return mReal.GetFreeSpace(p); }
-  FsResult<VolumeInfo> GetVolume(const std::string& p) override { return mReal.GetVolume(p); }
-  FsResult<FileBytes> ReadFile(const std::string& p, std::uint64_t m) override { return mReal.ReadFile(p, m); }
-  FsResult<std::unique_ptr<FileWriter>> StartFileWrite(const std::string& p, std::optional<std::uint32_t> m) override {
-    return mReal.StartFileWrite(p, m);
-  }
-
- private:
-  void Tweak(const std::string& path, ItemAttributes& attributes) const;
-  LinuxFileSystem mReal;
-};
 
 enum class TaskKind { kBackup, kExactBackup, kSync, kExactSync };
 

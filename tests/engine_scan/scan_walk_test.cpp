@@ -1,7 +1,6 @@
 // The walk around the decisions: dates, packages, empty folders, survivors of deleted folders,
 // counters, errors and the items a scan must leave alone.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "support/fault_file_system.h"
 #include "scan_test_support.h"
@@ -214,29 +213,6 @@ TEST(Scan, PairOfSingleFilesLooksAtTheOneName) {
   h.root.subItems.push_back(ScanNode{.name = "doc"});
   ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
   EXPECT_EQ(h.Modes(), (std::map<std::string, int>{{"doc", 4}}));
-}
-
-TEST(Scan, AttributeChangesBecomeMetadataCopies) {
-  TempTree a{{{"f", "x"}, {"d/"}}}, b{{{"f", "x"}, {"d/"}}};
-  TweakedFileSystem fs;
-  fs.statusShift[a / "f"] = 100;  // A's attributes changed later than B's
-  fs.statusShift[a / "d"] = -100;
-  // Only attributes a metadata copy can set count, so they must differ too.
-  ::chmod((a / "f").c_str(), 0600);
-  ::chmod((a / "d").c_str(), 0700);
-  ScanHarness h{TaskKind::kSync, &fs};
-  h.state.session.gCheckAttrChanged = true;
-  ASSERT_TRUE(h.Scan(a.Path(), b.Path()));
-  EXPECT_EQ(h.Modes(), (std::map<std::string, int>{{"d", 9}, {"f", 8}}));
-
-  ScanHarness backup{TaskKind::kBackup, &fs};  // a backup never writes to side A
-  backup.state.session.gCheckAttrChanged = true;
-  ASSERT_TRUE(backup.Scan(a.Path(), b.Path()));
-  EXPECT_EQ(backup.Modes(), (std::map<std::string, int>{{"d", 8}, {"f", 8}}));
-
-  int mode = 0;
-  h.scanner.CheckAttrChanged(a / "f", b / "f", mode, false);
-  EXPECT_EQ(mode, 8);
 }
 
 }  // namespace

@@ -61,28 +61,9 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         SettingCase{"InvisibleItemsStayWhereTheyAre", 1, "settInvisibleItems", 0, kWithInvisible, {{".b", "b"}},
                     kWithInvisible, {{".b", "b"}, {"seen", "s"}}},
-        SettingCase{"InvisibleItemsTakePartByDefault", 1, "settInvisibleItems", 1, kWithInvisible, {{".b", "b"}},
-                    {{".hidden", "h"}, {".config/", ""}, {".config/x", "x"}, {"seen", "s"}, {".b", "b"}},
-                    {{".hidden", "h"}, {".config/", ""}, {".config/x", "x"}, {"seen", "s"}, {".b", "b"}}},
         SettingCase{"EmptyFoldersAreNotCreated", 2, "settSkipEmptyFolders", 1, kEmptyFolders, {}, kEmptyFolders,
-                    {{"full/", ""}, {"full/f", "f"}}},
-        SettingCase{"EmptyFoldersAreCreatedByDefault", 2, "settSkipEmptyFolders", 0, kEmptyFolders, {},
-                    kEmptyFolders, kEmptyFolders}),
+                    {{"full/", ""}, {"full/f", "f"}}}),
     [](const auto& info) { return std::string(info.param.name); });
-
-TEST(SettingNewItemsOnly, CopiesOnlyWhatTheOtherSideLacks) {
-  RunHarness h;
-  trees::Build(h.A(), {{"both", "newer"}, {"d/", ""}, {"d/both", "newer"}, {"d/new", "n"}});
-  trees::Build(h.B(), {{"both", "older"}, {"d/", ""}, {"d/both", "older"}});
-  for (const char* item : {"both", "d/both"}) {
-    trees::SetModified(h.A(item), T + 100);
-    trees::SetModified(h.B(item), T);
-  }
-  h.document = MakeDocument({{h.A(), h.B(), 2}});
-  Set(h, "settNewItemsOnly", 1);
-  h.Run();
-  EXPECT_EQ(trees::Read(h.B()), (Tree{{"both", "older"}, {"d/", ""}, {"d/both", "older"}, {"d/new", "n"}}));
-}
 
 TEST(SettingPackagesFolders, PackagesAreWalkedButApplicationsStayWhole) {
   for (int asFolders : {0, 1}) {

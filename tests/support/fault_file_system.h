@@ -65,7 +65,7 @@ struct FsCall {
   std::string secondPath;  // rename's and copies' destination; empty otherwise
 };
 
-class FaultFileSystem final : public FileSystem {
+class FaultFileSystem : public FileSystem {
  public:
   explicit FaultFileSystem(FileSystem& inner, std::vector<FaultRule> rules = {});
 
