@@ -1,9 +1,5 @@
 #include "guard_harness.h"
 
-#include <unistd.h>
-
-#include <filesystem>
-
 #include "model/document_model.h"
 
 namespace marigold::guard_test {
@@ -28,7 +24,6 @@ GuardRun::GuardRun() {
 
 GuardRun::~GuardRun() {
   mDriver.reset();  // before the guard it was bound to
-  ClearLocks(temp.Path());
 }
 
 void GuardRun::Setting(const std::string& key, std::int64_t value) {
@@ -46,22 +41,6 @@ GuardCall::GuardCall() {
   state.mExecutedBy = kExecutedByUser;
   state.mIsCopying = true;
   state.gMakeDetailedLog = true;
-}
-
-void ClearLocks(const std::string& root) {
-  LinuxFileSystem fs;
-  fs.SetLocked(root, false);
-  std::error_code ec;
-  for (auto it = std::filesystem::recursive_directory_iterator(root, ec);
-       !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
-    fs.SetLocked(it->path().string(), false);
-  }
-}
-
-void GiveTree(const std::string& root, uid_t owner) {
-  ::lchown(root.c_str(), owner, owner);
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
-    ::lchown(entry.path().c_str(), owner, owner);
 }
 
 }  // namespace marigold::guard_test

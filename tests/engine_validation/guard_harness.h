@@ -61,9 +61,5 @@ struct GuardCall {
   FakeVolumes* volumes = nullptr;  // owned by `guard`
 };
 
-// Clears the lock of every item under `root` (and of root), so that the folder can go.
-void ClearLocks(const std::string& root);
-// Gives `root` and everything inside it to `owner`.
-void GiveTree(const std::string& root, uid_t owner);
 
 }  // namespace marigold::guard_test

@@ -88,7 +88,6 @@ TEST_F(Privileges, CountLocksAsTheSessionSays) {
   std::vector<PrivilegeCase> asUser = cases;
   asUser[0].want = 1;
   EXPECT_EQ(Check(cases, true), Expected(asUser));
-  ClearLocks(call.temp.Path());
 }
 
 // A run by a user who may not write the destination copies nothing and says why.

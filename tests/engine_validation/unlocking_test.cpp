@@ -79,7 +79,6 @@ TEST(Unlocking, NeverGoesAboveTheMainFolder) {
   EXPECT_TRUE(IsLocked(main));
   EXPECT_EQ(unlocking.PendingRestores(), 0u);
   EXPECT_FALSE(unlocking.RestoreOriginalAttr(above, "/elsewhere"));  // nothing left to put back
-  ClearLocks(call.temp.Path());
 }
 
 TEST(Unlocking, ForgetsWhatWasReplacedOrDeleted) {
@@ -97,7 +96,6 @@ TEST(Unlocking, ForgetsWhatWasReplacedOrDeleted) {
   EXPECT_EQ(unlocking.PendingRestores(), 1u);
   ASSERT_TRUE(unlocking.UnlockWholeItem(main));
   EXPECT_FALSE(IsLocked(main + "/kept.txt"));
-  ClearLocks(call.temp.Path());
 }
 
 // A user who owns a read-only folder: the run opens it to write, then gives it its mode back.

@@ -1,13 +1,12 @@
 #include "app/startup.h"
 
-#include <grp.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <functional>
 
 #include "app/app_paths.h"
+#include "support/as_user.h"
 #include "support/temp_home.h"
 #include "util/strings_table.h"
 #include "build_paths.h"
@@ -100,40 +99,21 @@ TEST(InitVariables, AnExistingSupportFolderLeavesThePreviousOneAlone) {
   EXPECT_EQ(ReadText(home.PreviousSupport() + "/old.txt"), "old");
 }
 
-// Runs `body` in a child process as an ordinary user (root reads everything, so an unreadable
-// folder needs someone else) and returns its exit status.
-int RunAsOrdinaryUser(const std::string& tree, const std::function<int()>& body) {
-  constexpr uid_t kThrowawayId = 54321;
-  if (::geteuid() == 0) {
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(tree))
-      ::lchown(entry.path().c_str(), kThrowawayId, kThrowawayId);
-    ::lchown(tree.c_str(), kThrowawayId, kThrowawayId);
-  }
-  pid_t child = ::fork();
-  if (child == 0) {
-    if (::geteuid() == 0 &&
-        (::setgroups(0, nullptr) != 0 || ::setgid(kThrowawayId) != 0 || ::setuid(kThrowawayId) != 0))
-      ::_exit(100);
-    ::_exit(body());
-  }
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 101;
-}
-
 TEST(InitVariables, AFailedCopyOfThePreviousFolderIsIgnoredAndLeavesNoHalfCopy) {
   TempHome home;
   home.Write(".local/share/Quillon/Marigold 3/readable.txt", "a");
   home.Write(".local/share/Quillon/Marigold 3/locked/inside.txt", "b");
   ::chmod((home.PreviousSupport() + "/locked").c_str(), 0000);
   ::chmod(home.root().c_str(), 0755);
-  EXPECT_EQ(RunAsOrdinaryUser(home.home(), [&] {
-              StartupResult result = InitVariables(EnglishOnly());
-              if (!result.ok) return 1;
-              if (!IsDir(home.Support())) return 2;
-              return Exists(home.Support() + "/readable.txt") ? 3 : 0;
-            }),
-            0);
+  // Root reads everything, so an unreadable folder needs someone else.
+  auto start = [&] {
+    StartupResult result = InitVariables(EnglishOnly());
+    if (!result.ok) return std::string("failed");
+    if (!IsDir(home.Support())) return std::string("no folder");
+    return std::string(Exists(home.Support() + "/readable.txt") ? "half copy" : "");
+  };
+  if (::geteuid() == 0) GiveTree(home.home(), 54321);
+  EXPECT_EQ(::geteuid() == 0 ? OutputAsUser(54321, start) : start(), "");
 }
 
 TEST(InitVariables, SettlesTheIndexFolder) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 
 namespace marigold {
 
@@ -31,6 +32,12 @@ std::string OutputAsUser(uid_t user, const std::function<std::string()>& body) {
   ::waitpid(child, &status, 0);
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) out += "<child status " + std::to_string(status) + ">";
   return out;
+}
+
+void GiveTree(const std::string& root, uid_t owner) {
+  ::lchown(root.c_str(), owner, owner);
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
+    ::lchown(entry.path().c_str(), owner, owner);
 }
 
 }  // namespace marigold

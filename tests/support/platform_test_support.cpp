@@ -20,25 +20,6 @@ namespace marigold::test {
 
 bool IsRoot() { return ::geteuid() == 0; }
 
-TempFolder::TempFolder(const std::string& parent) {
-  std::string pattern = parent + "/mg-platform-XXXXXX";
-  if (::mkdtemp(pattern.data()) == nullptr) std::abort();
-  ::chmod(pattern.c_str(), 0755);  // reachable by the throwaway user
-  mPath = pattern;
-}
-
-TempFolder::~TempFolder() {
-  LinuxFileSystem fs;
-  if (IsRoot()) {
-    WalkTree(fs, mPath, {.visit = [&](const WalkItem& item) {
-               if (item.entry.attributes.isLocked) fs.SetLocked(item.path, false);
-               return WalkAction::kContinue;
-             }});
-  }
-  RunCommand("chmod -R u+rwx '" + mPath + "' 2>/dev/null");
-  fs.RemoveTree(mPath);
-}
-
 std::unique_ptr<TestVolume> TestVolume::Make(const std::string& type, int sizeMiB, std::string* whyNot,
                                              const std::string& options) {
   if (!IsRoot()) {
@@ -95,14 +76,6 @@ void WriteFile(const std::string& path, const std::string& content, mode_t mode)
     out << content;
   }
   ::chmod(path.c_str(), mode);
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return "<missing>";
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
 }
 
 int RunCommand(const std::string& command, std::string* output) {

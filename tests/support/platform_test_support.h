@@ -8,23 +8,12 @@
 #include <memory>
 #include <string>
 
+#include "support/temp_folder.h"
+#include "support/tree_values.h"
+
 namespace marigold::test {
 
 bool IsRoot();
-
-// A fresh folder under `parent`, removed with everything inside (locked flags cleared first).
-class TempFolder {
- public:
-  explicit TempFolder(const std::string& parent = "/tmp");
-  ~TempFolder();
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
-  const std::string& Path() const { return mPath; }
-  std::string operator/(const std::string& relative) const { return mPath + "/" + relative; }
-
- private:
-  std::string mPath;
-};
 
 // A mounted volume made for one test; unmounted and deleted with its image when it goes away.
 class TestVolume {
@@ -44,8 +33,8 @@ class TestVolume {
 
 // Writes `content` to `path` (created or truncated) and sets its mode.
 void WriteFile(const std::string& path, const std::string& content, mode_t mode = 0644);
-// The whole content, or "<missing>" when it cannot be read.
-std::string ReadFile(const std::string& path);
+using trees::ReadFile;  // the whole content, or "<missing>"
+using marigold::TempFolder;
 // Runs `command` with sh -c; returns its exit status and puts standard output in `output`.
 int RunCommand(const std::string& command, std::string* output = nullptr);
 // Names in the folder that hold the engine's temporary marker.

@@ -1,5 +1,8 @@
 #include "support/temp_folder.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -7,19 +10,30 @@
 #include <stdexcept>
 #include <vector>
 
+#include "platform/linux_file_system.h"
+#include "platform/tree_walk.h"
+
 namespace marigold {
 
 namespace fs = std::filesystem;
 
-TempFolder::TempFolder() {
-  std::string pattern = (fs::temp_directory_path() / "marigold-test-XXXXXX").string();
+TempFolder::TempFolder(const std::string& parent) {
+  std::string pattern = ((parent.empty() ? fs::temp_directory_path() : fs::path(parent)) / "marigold-test-XXXXXX").string();
   std::vector<char> buffer(pattern.begin(), pattern.end());
   buffer.push_back('\0');
   if (mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
   mPath = buffer.data();
+  ::chmod(mPath.c_str(), 0755);  // reachable by a throwaway user
 }
 
 TempFolder::~TempFolder() {
+  if (::geteuid() == 0) {
+    LinuxFileSystem locks;
+    WalkTree(locks, mPath, {.visit = [&](const WalkItem& item) {
+               if (item.entry.attributes.isLocked) locks.SetLocked(item.path, false);
+               return WalkAction::kContinue;
+             }});
+  }
   std::error_code ec;
   // Make every folder writable again so tests that lock parts of the tree still clean up.
   for (auto it = fs::recursive_directory_iterator(

@@ -1,5 +1,6 @@
-// A fresh folder under the system's temporary folder, removed with everything in it when the
-// object goes out of scope. Permissions are restored first so that read-only trees go too.
+// A fresh folder (under the system's temporary folder unless a parent is given), reachable by
+// every user, removed with everything in it when the object goes out of scope. Permissions and,
+// for root, locked flags are cleared first so that read-only and locked trees go too.
 #pragma once
 
 #include <string>
@@ -8,7 +9,7 @@ namespace marigold {
 
 class TempFolder {
  public:
-  TempFolder();
+  explicit TempFolder(const std::string& parent = "");
   ~TempFolder();
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
@@ -17,6 +18,7 @@ class TempFolder {
   const std::string& Path() const { return mPath; }
   // Path() + "/" + relative.
   std::string Join(const std::string& relative) const { return mPath + "/" + relative; }
+  std::string operator/(const std::string& relative) const { return Join(relative); }
   // Writes `contents` to `relative`, creating parent folders; returns the full path.
   std::string WriteFile(const std::string& relative, const std::string& contents) const;
   // The whole contents of `relative` (or of an absolute path), or "" when it cannot be read.
