@@ -17,10 +17,7 @@
 namespace marigold {
 namespace {
 
-mode_t ModeOf(const std::string& path) {
-  struct stat info {};
-  return ::stat(path.c_str(), &info) == 0 ? (info.st_mode & 07777) : 0;
-}
+using trees::ModeOf;
 
 PlistDict WithPassword(PlistValue password, int row = 5) {
   PlistDict root = NewTemplate();
@@ -78,16 +75,6 @@ TEST_F(DocumentFiles, PasswordsMakeTheFilePrivateExceptForTheTemplate) {
   EXPECT_TRUE(mPrompts.Alerts().empty());
 }
 
-TEST_F(DocumentFiles, AFailedWriteAlertsWithoutAReason) {
-  DocumentStore store = MakeStore(WithPassword(SetWellDataWithDigit("secret", '1')));
-  const std::string path = mFolder.Join("missing folder/doc.mgy");
-  EXPECT_FALSE(store.WriteFileSession(path));
-  ASSERT_EQ(mPrompts.Alerts().size(), 1u);
-  EXPECT_EQ(mPrompts.Alerts()[0].text, "Can't write the file \"" + path + "\" to the disk.");
-  EXPECT_EQ(mPrompts.Alerts()[0].style, AlertRequest::Style::Critical);
-  EXPECT_EQ(mPrompts.Alerts()[0].title, "Warning:");
-}
-
 // A failed save, with or without a password, leaves the old file as it was (bytes and mode) and
 // no temporary file; a document never saved before leaves nothing at all.
 TEST_F(DocumentFiles, AFailedSaveKeepsTheOldFileAndLeavesNoTemporary) {
@@ -97,6 +84,7 @@ TEST_F(DocumentFiles, AFailedSaveKeepsTheOldFileAndLeavesNoTemporary) {
       {"sync fails", FsOperation::kSyncFile, EIO, true, false},
       {"rename refused", FsOperation::kRename, EACCES, true, true},
       {"folder refuses the temporary", FsOperation::kStartFileWrite, EROFS, true, false},
+      {"no such folder", FsOperation::kStartFileWrite, ENOENT, false, true},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -111,7 +99,9 @@ TEST_F(DocumentFiles, AFailedSaveKeepsTheOldFileAndLeavesNoTemporary) {
 
     EXPECT_FALSE(store.WriteFileSession(path));
     ASSERT_EQ(prompts.Alerts().size(), 1u);
-    EXPECT_EQ(prompts.Alerts()[0].text, "Can't write the file \"" + path + "\" to the disk.");
+    EXPECT_EQ(prompts.Alerts()[0].text, "Can't write the file \"" + path + "\" to the disk.");  // no reason given
+    EXPECT_EQ(prompts.Alerts()[0].style, AlertRequest::Style::Critical);
+    EXPECT_EQ(prompts.Alerts()[0].title, "Warning:");
     const trees::Tree left = c.hasOld ? trees::Tree{{"doc.mgy", "old"}} : trees::Tree{};
     EXPECT_EQ(trees::Read(folder.Path()), left);
     if (c.hasOld) {

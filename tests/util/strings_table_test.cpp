@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <thread>
 
 #include "support/temp_folder.h"
+#include "support/temp_home.h"
 #include "build_paths.h"
 
 namespace marigold {
@@ -76,30 +76,6 @@ TEST(ParseStringsFile, RefusesBrokenTables) {
   EXPECT_EQ(error.rfind("line 3", 0), 0u) << error;
 }
 
-// Sets the locale variables for one test and puts the old values back.
-class ScopedLocaleEnv {
- public:
-  ScopedLocaleEnv(const char* language, const char* all, const char* messages, const char* lang) {
-    const char* values[] = {language, all, messages, lang};
-    for (int i = 0; i < 4; ++i) {
-      const char* old = std::getenv(kNames[i]);
-      mSaved[i] = old ? std::optional<std::string>(old) : std::nullopt;
-      if (values[i]) setenv(kNames[i], values[i], 1);
-      else unsetenv(kNames[i]);
-    }
-  }
-  ~ScopedLocaleEnv() {
-    for (int i = 0; i < 4; ++i) {
-      if (mSaved[i]) setenv(kNames[i], mSaved[i]->c_str(), 1);
-      else unsetenv(kNames[i]);
-    }
-  }
-
- private:
-  static constexpr const char* kNames[4] = {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"};
-  std::optional<std::string> mSaved[4];
-};
-
 struct LanguageCase {
   const char* name;
   const char *language, *all, *messages, *lang;
@@ -110,7 +86,10 @@ class PreferredLanguagesFrom : public ::testing::TestWithParam<LanguageCase> {};
 
 TEST_P(PreferredLanguagesFrom, Environment) {
   const LanguageCase& c = GetParam();
-  ScopedLocaleEnv env(c.language, c.all, c.messages, c.lang);
+  testing::TempHome env;  // puts the variables back afterwards
+  const char* names[] = {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"};
+  const char* values[] = {c.language, c.all, c.messages, c.lang};
+  for (int i = 0; i < 4; ++i) env.SetEnv(names[i], values[i] ? std::optional<std::string>(values[i]) : std::nullopt);
   EXPECT_EQ(PreferredLanguages(), c.want);
 }
 
