@@ -4,47 +4,26 @@
 #include <netinet/in.h>
 #include <pwd.h>
 #include <sched.h>
-#include <signal.h>
-#include <spawn.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
-#include <thread>
 #include <vector>
 
 #include "platform/mount_table.h"
 #include "platform/process_runner.h"
-
-extern char** environ;
+#include "support/child_process.h"
 
 namespace marigold {
 namespace {
 
+using testing::End;
+using testing::Spawn;
+using testing::WaitFor;
+
 constexpr uid_t kUid = 54329;
-
-pid_t Spawn(std::vector<std::string> argv) {
-  std::vector<char*> pointers;
-  for (std::string& arg : argv) pointers.push_back(arg.data());
-  pointers.push_back(nullptr);
-  pid_t pid = -1;
-  if (::posix_spawn(&pid, pointers[0], nullptr, nullptr, pointers.data(), environ) != 0) return -1;
-  return pid;
-}
-
-void End(pid_t& pid) {
-  if (pid <= 0) return;
-  ::kill(pid, SIGTERM);
-  for (int i = 0; i < 50 && ::waitpid(pid, nullptr, WNOHANG) == 0; ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  ::kill(pid, SIGKILL);
-  ::waitpid(pid, nullptr, WNOHANG);
-  pid = -1;
-}
 
 ProcessOutcome Run(std::vector<std::string> argv) {
   ProcessRequest request;
@@ -80,15 +59,6 @@ bool Accepts(int port) {
 bool IsMountPoint(const std::string& path) {
   for (const MountEntry& entry : ReadMountTable()) {
     if (entry.mountPoint == path) return true;
-  }
-  return false;
-}
-
-template <typename Condition>
-bool WaitFor(Condition condition) {
-  for (int i = 0; i < 100; ++i) {
-    if (condition()) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
   return false;
 }

@@ -3,18 +3,13 @@
 // that say who they went to, their subject, body and attachment.
 #pragma once
 
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "build_paths.h"
+#include "support/child_process.h"
 #include "support/temp_folder.h"
 
 namespace marigold::testing {
@@ -40,25 +35,9 @@ class TestSmtpServer {
     }
     if (options.requireTls) args.push_back("--require-tls");
     if (!options.login.empty()) args.insert(args.end(), {"--login", options.login});
-    mPid = ::fork();
-    if (mPid == 0) {
-      std::vector<char*> argv;
-      for (std::string& arg : args) argv.push_back(arg.data());
-      argv.push_back(nullptr);
-      ::execv(argv[0], argv.data());
-      ::_exit(127);
-    }
-    for (int i = 0; i < 200 && mPort == 0; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
-      mPort = std::atoi(mFolder.ReadFile("port").c_str());
-    }
+    if ((mPid = Spawn(args)) > 0) WaitFor([&] { return (mPort = std::atoi(mFolder.ReadFile("port").c_str())) != 0; }, 200);
   }
-  ~TestSmtpServer() {
-    if (mPid > 0) {
-      ::kill(mPid, SIGTERM);
-      ::waitpid(mPid, nullptr, 0);
-    }
-  }
+  ~TestSmtpServer() { End(mPid); }
   TestSmtpServer(const TestSmtpServer&) = delete;
   TestSmtpServer& operator=(const TestSmtpServer&) = delete;
 
@@ -67,16 +46,12 @@ class TestSmtpServer {
   // The messages received so far, after waiting (up to 10 s) for at least `count` of them.
   std::vector<std::string> Messages(std::size_t count = 0) const {
     std::vector<std::string> messages;
-    for (int i = 0; i < 200; ++i) {
+    WaitFor([&] {
       messages.clear();
-      for (std::size_t n = 1;; ++n) {
-        const std::string path = mFolder.Join("out/" + std::to_string(n) + ".txt");
-        if (!std::filesystem::exists(path)) break;
-        messages.push_back(mFolder.ReadFile(path));
-      }
-      if (messages.size() >= count) break;
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
+      for (std::size_t n = 1; std::filesystem::exists(mFolder.Join("out/" + std::to_string(n) + ".txt")); ++n)
+        messages.push_back(mFolder.ReadFile("out/" + std::to_string(n) + ".txt"));
+      return messages.size() >= count;
+    }, 200);
     return messages;
   }
 
