@@ -1,5 +1,5 @@
 // Each task setting seen through a real run on real trees: what reaches the other side, what is
-// left alone, what goes to the trash, and the dated sub-folder.
+// left alone, and what goes to the trash. The dated sub-folder's name is tested where it is made.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -7,10 +7,8 @@
 #include "model/document_model.h"
 #include "engine/scan_decisions.h"
 #include "support/run_harness.h"
-#include "options/sub_folder_name.h"
 #include "support/platform_test_support.h"
 #include "support/private_home.h"
-#include "util/quillon_additions.h"
 
 namespace marigold::run_test {
 namespace {
@@ -125,46 +123,6 @@ TEST(SettingMoveToTrash, VolumeWithoutATrashKeepsTheItems) {
   EXPECT_NE(log.find("Can't trash the file \"" + b + "/gone.txt\""), std::string::npos) << log;
   EXPECT_NE(log.find("Can't trash the folder (and its content) \"" + b + "/olddir\""), std::string::npos) << log;
   EXPECT_EQ(run.copyTotals().FilesTrashed + run.copyTotals().FoldersTrashed, 0);
-}
-
-// The run asks the settings for the sub-folder's name, on a fixed clock.
-class NamingServices : public FakeServices {
- public:
-  std::optional<std::string> GetDestSubFolderName(RunState& state, const std::string& source) override {
-    SubFolderNaming naming;
-    naming.now = DateFromUnixSeconds(1709647629);  // 5 March 2024, 14:07:09 UTC
-    naming.localeName = "en_US";
-    naming.timeZoneId = "UTC";
-    return DestSubFolderNameForTask(state.session, state.sessionIndex, source, naming);
-  }
-};
-
-TEST(SettingCreateDestFolder, TaskCopiesIntoItsDatedSubFolder) {
-  struct Case {
-    std::int64_t kind;
-    const char* format;
-    std::string folder;  // "" : the task is skipped
-  };
-  for (const Case& c : {Case{0, "'Copy of' kSrc yyyy-MM-dd", "Copy of A 2024-03-05"},
-                        Case{0, "yyyy/MM", "2024:03"},
-                        Case{4, "", "March"},
-                        Case{0, "", ""},
-                        Case{7, "", ""}}) {
-    SCOPED_TRACE(c.format);
-    RunHarness h;
-    NamingServices services;
-    trees::Build(h.A(), {{"f", "x"}});
-    h.document = MakeDocument({{h.A(), h.B(), 2, false, false, true}});
-    Set(h, "settCreateDestFolderNameKind", c.kind);
-    Set(h, "settCreateDestFolderCustomNameFormat", c.format);
-    RunDriver driver(h.document, h.preferences, h.realFs, h.proxy, services);
-    driver.ExecuteSyncBackup(0, kExecutedByUser);
-    if (c.folder.empty()) {
-      EXPECT_EQ(trees::Read(h.B()), Tree{});
-    } else {
-      EXPECT_EQ(trees::Read(h.B()), (Tree{{c.folder + "/", ""}, {c.folder + "/f", "x"}}));
-    }
-  }
 }
 
 // Attribute checking on items alike in content: what a metadata copy can set is compared, and
