@@ -25,4 +25,21 @@ std::vector<std::string> OptionsOnTitles(const PlistDict& session) {
   return titles;
 }
 
+TimerButtonLook ConsoleTimerButton(const PlanningInput& input, const TimerSchedule& schedule) {
+  TimerButtonLook look;
+  if (input.syncAndQuit) {
+    look.enabled = false;
+    look.toolTip = GLS("Temporary off because of the SyncAndQuit");
+    return look;
+  }
+  look.iconOn = ConsoleRunsCheck(input);
+  bool planned = false;
+  for (const PlistValue& entry : schedule.executiveTimerArray()) {
+    const PlistDict* dict = entry.AsDict();
+    if (dict && dict->GetInt("nextExe") == 1 && dict->GetInt("state") == kTimerWaiting) planned = true;
+  }
+  look.toolTip = look.iconOn && planned && !schedule.toolTip().empty() ? schedule.toolTip() : GLS("Go to the Timer panel");
+  return look;
+}
+
 }  // namespace marigold
