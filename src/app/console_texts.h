@@ -19,6 +19,10 @@ std::string MainButtonTitle(const PlistDict& document, std::int64_t sessionIndex
 // "Multiple", "Filters", "Exclusions". Empty for "All Sessions".
 std::vector<std::string> OptionsOnTitles(const PlistDict& session);
 
+// What the console's progress box says before a run: what the main button will do for the
+// selection, or what is missing before it can.
+std::string ConsoleIdleText(const PlistDict& document, std::int64_t sessionIndex);
+
 // The console's timer button for the selection in `input`: off and disabled, "Temporary off
 // because of the SyncAndQuit", while sync-and-quit is set; its icon on while the selection's timers
 // are on; "Next Timer: ..." from `schedule` while one is planned, else "Go to the Timer panel".

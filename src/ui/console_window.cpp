@@ -195,6 +195,7 @@ QWidget* ConsoleWindow::BuildConsole() {
   auto* status = new QGroupBox(ToQ(GLS("Progress")), panel);
   auto* statusLayout = new QVBoxLayout(status);
   mItemsToDo = new QLabel(status);
+  mItemsToDo->setVisible(false);  // until a run counts its items
   mProgress = new QProgressBar(status);
   mProgress->setTextVisible(false);
   mProgress->setVisible(false);
@@ -210,8 +211,8 @@ QWidget* ConsoleWindow::BuildConsole() {
                           static_cast<QWidget*>(mBytes), static_cast<QWidget*>(mTaskComment),
                           static_cast<QWidget*>(mLastExact)})
     statusLayout->addWidget(widget);
-  statusLayout->addStretch(1);
-  layout->addWidget(status, 1);
+  layout->addWidget(status);
+  layout->addStretch(1);
   return panel;
 }
 
@@ -382,6 +383,10 @@ void ConsoleWindow::ShowSession() {
   const std::optional<std::string> exactLine =
       session ? LastExactSyncLine(*session, mApp->paths().exactSyncIndexFolder) : std::nullopt;
   mLastExact->setText(exactLine ? DisplayText(*exactLine) : QString());
+  mLastExact->setVisible(exactLine.has_value());
+  // Before any run the progress box says what the button will do.
+  if (!IsCopying() && !mCountdown.isStartingSyncAndQuit() && !mLastOutcome)
+    mTaskComment->setText(DisplayText(ConsoleIdleText(root, index)));
   const QString title = ToQ(MainButtonTitle(root, index, IsCopying() || mCountdown.isStartingSyncAndQuit()));
   mMainButton->setText(title);
   mMainAction->setText(title);
