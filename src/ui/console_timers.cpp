@@ -9,12 +9,12 @@ ConsoleTimers::ConsoleTimers(RunController& runs, DocumentStore& store, const Cl
       mScheduler(std::make_unique<TimerScheduler>(runs, store, clock, SyslogSystemLog())) {
   qRegisterMetaType<marigold::RunOutcome>("marigold::RunOutcome");
   mCheck.setInterval(static_cast<int>(kTimerCheckSeconds * 1000));
-  connect(&mCheck, &QTimer::timeout, this, &ConsoleTimers::Check);
+  connect(&mCheck, &QTimer::timeout, this, &ConsoleTimers::CheckNow);
   mScheduler->SetRunEndedCallback([this](const RunOutcome& outcome) {
     // On the worker: the console shows the end first, then the entry is completed.
     QMetaObject::invokeMethod(this, [this, outcome] {
       emit runEnded(outcome);
-      Check();
+      CheckNow();
       if (!mWanted && !mScheduler->IsRunning()) mLock.Release();
     }, Qt::QueuedConnection);
   });
@@ -35,10 +35,13 @@ void ConsoleTimers::Follow(const PlistDict& preferences, bool consoleShown) {
   mWanted = wanted;
   if (wanted && !mLock.held()) {
     if (!mLock.Acquire("marigold-gui")) {
-      const bool news = mHeldBy != mLock.HolderText();
       mHeldBy = mLock.HolderText();
       mCheck.stop();
-      if (news) emit refused(QString::fromStdString(mHeldBy));
+      // Said once per holder, not at every change of session.
+      if (mHeldBy != mReportedHolder) {
+        mReportedHolder = mHeldBy;
+        emit refused(QString::fromStdString(mHeldBy));
+      }
       emit changed();
       return;
     }
@@ -61,7 +64,7 @@ bool ConsoleTimers::Pause() {
   return was;
 }
 
-void ConsoleTimers::Check() {
+void ConsoleTimers::CheckNow() {
   if (!mLock.held()) return;
   if (mScheduler->Tick()) emit runStarted();
   emit changed();

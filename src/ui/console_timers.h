@@ -34,6 +34,9 @@ class ConsoleTimers : public QObject {
   // Who fires the timers instead of this window ("" when nobody does).
   const std::string& heldBy() const { return mHeldBy; }
   TimerButtonLook Look() const;
+  // One check, as the timer makes it every kTimerCheckSeconds: completes an ended timer run and
+  // starts the run of a due entry.
+  void CheckNow();
   TimerScheduler& scheduler() { return *mScheduler; }
 
  signals:
@@ -44,13 +47,13 @@ class ConsoleTimers : public QObject {
   void changed();
 
  private:
-  void Check();
   PlanningInput Input() const;
 
   DocumentStore& mStore;
   PlistDict mPreferences;
   SchedulerLock mLock;
   std::string mHeldBy;
+  std::string mReportedHolder;
   bool mWanted = false;  // the selection's timers are on and the console shows
   QTimer mCheck;
   std::unique_ptr<TimerScheduler> mScheduler;  // last: its timer run ends before the rest goes

@@ -1,10 +1,13 @@
 // The console's timer button and the per-user lock its timers hold, on a clock that stands still.
+#include <QSignalSpy>
 #include <QToolButton>
 #include <QtTest>
+#include <filesystem>
 
 #include "app/scheduler_lock.h"
 #include "model/document_model.h"
 #include "support/fixed_clock.h"
+#include "support/tree_values.h"
 #include "ui/console_timers.h"
 #include "ui_fixture.h"
 #include "ui_tests.h"
@@ -18,6 +21,7 @@ class TimersTest : public QObject {
   void ButtonShowsTheTimersState_data();
   void ButtonShowsTheTimersState();
   void TimersStayOffWhileAnotherProgramFiresThem();
+  void DueTimerRunsUnattendedAndEndsInTheConsole();
 };
 
 namespace {
@@ -84,6 +88,33 @@ void TimersTest::TimersStayOffWhileAnotherProgramFiresThem() {
   QVERIFY(program.window.timers()->checking());
   SchedulerLock next;
   QVERIFY(!next.Acquire("marigold daemon"));
+}
+
+void TimersTest::DueTimerRunsUnattendedAndEndsInTheConsole() {
+  LaunchedProgram program;
+  FixedClock clock(kTuesdayHalfPastTwo, "UTC");
+  program.window.UseClock(clock);
+  const std::string a = program.home.root() + "/A", b = program.home.root() + "/B";
+  trees::Build(a, {{"report.txt", "due"}});
+  std::filesystem::create_directories(b);
+  PlistDict& session = *GetSessionDict(program.document(), 0);
+  session.GetDict("consoleDict")->Set("topFolder", a);
+  session.GetDict("consoleDict")->Set("bottomFolder", b);
+  session.GetDict("settingsDict")->Set("settTask", 2);
+  // A run by hand would ask first; a timer's asks nobody.
+  program.app.preferences().dict().Set("prefAskConfirmation", 1);
+  SetTimer(program, true);
+  program.window.PlanTimers();
+
+  QSignalSpy finished(&program.window, &ConsoleWindow::runFinished);
+  program.window.timers()->CheckNow();
+  QVERIFY(program.window.IsCopying());
+  QVERIFY(finished.wait(60000));
+  QVERIFY(program.window.lastOutcome()->ending == RunEnding::kCompleted);
+  QVERIFY(trees::Read(b) == trees::Tree({{"report.txt", "due"}}));
+  QTRY_COMPARE(program.window.timerButton()->toolTip(), QStringLiteral("Go to the Timer panel"));
+  const PlistDict* entry = program.window.timers()->scheduler().schedule().executiveTimerArray()[0].AsDict();
+  QCOMPARE(entry->GetInt("state"), std::int64_t{kTimerDone});
 }
 
 static RegisterUiTests<TimersTest> registered;
