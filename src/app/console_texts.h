@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "scheduling/timer_schedule.h"
 #include "util/plist_value.h"
 
 namespace marigold {
@@ -17,5 +18,19 @@ std::string MainButtonTitle(const PlistDict& document, std::int64_t sessionIndex
 // The titles of the session's options that are on, in the console's order: "Timer",
 // "Multiple", "Filters", "Exclusions". Empty for "All Sessions".
 std::vector<std::string> OptionsOnTitles(const PlistDict& session);
+
+// What the console's progress box says before a run: what the main button will do for the
+// selection, or what is missing before it can.
+std::string ConsoleIdleText(const PlistDict& document, std::int64_t sessionIndex);
+
+// The console's timer button for the selection in `input`: off and disabled, "Temporary off
+// because of the SyncAndQuit", while sync-and-quit is set; its icon on while the selection's timers
+// are on; "Next Timer: ..." from `schedule` while one is planned, else "Go to the Timer panel".
+struct TimerButtonLook {
+  bool enabled = true;
+  bool iconOn = false;
+  std::string toolTip;
+};
+TimerButtonLook ConsoleTimerButton(const PlanningInput& input, const TimerSchedule& schedule);
 
 }  // namespace marigold

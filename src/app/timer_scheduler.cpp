@@ -105,7 +105,7 @@ bool TimerScheduler::Tick() {
       std::lock_guard<std::mutex> lock(mEndedMutex);
       mEndedRun = outcome;
     }
-    if (mRunEnded) mRunEnded();
+    if (mRunEnded) mRunEnded(outcome);
   });
   // A run that could not start has already handed its outcome over: its entry is finished now.
   if (!started) CompleteEndedRun();

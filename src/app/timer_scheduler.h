@@ -49,8 +49,9 @@ class TimerScheduler {
   // Stops a timer run under way, as Stop does, and waits for its end; its entry is completed.
   void StopAndWait();
   bool IsRunning() const { return mRuns.IsRunning(); }
-  // Called on the worker thread when a run has ended, so that a driver can Tick at once.
-  void SetRunEndedCallback(std::function<void()> callback) { mRunEnded = std::move(callback); }
+  // Called on the worker thread with the outcome when a run has ended, so that a driver can show
+  // it and Tick at once.
+  void SetRunEndedCallback(std::function<void(const RunOutcome&)> callback) { mRunEnded = std::move(callback); }
 
   const TimerSchedule& schedule() const { return mSchedule; }
   SchedulingList& list() { return mList; }
@@ -79,7 +80,7 @@ class TimerScheduler {
   PlistDict mPreferences;
   std::string mWatchedPath;
   std::optional<FileStamp> mWatchedStamp;
-  std::function<void()> mRunEnded;
+  std::function<void(const RunOutcome&)> mRunEnded;
   std::string mRunningSessionName;
   bool mTimerRunStarted = false;  // a run this scheduler started has not been completed yet
 

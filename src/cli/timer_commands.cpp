@@ -110,7 +110,7 @@ int Daemon(MainApp& app, TerminalPrompts& prompts, const TimerCommandArgs& args)
   ::sigaction(SIGINT, &action, nullptr);
 
   std::atomic<bool> runEnded{false};
-  scheduler.SetRunEndedCallback([&runEnded] { runEnded = true; });
+  scheduler.SetRunEndedCallback([&runEnded](const RunOutcome&) { runEnded = true; });
   log.Write(LOG_NOTICE, "Firing the timers of \"" + path + "\".");
   scheduler.Replan();
   using Clock = std::chrono::steady_clock;

@@ -7,8 +7,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "engine/copy_mode.h"
 #include "engine/scan_node.h"
 
 namespace marigold {
@@ -33,6 +35,8 @@ class FileSystemItem {
   // Where the item stands among its parent's children (among the roots for a root).
   std::size_t indexInParent() const { return mIndexInParent; }
   int copyMode() const { return mNode.copyMode; }
+  // The picture of the item's action; a deletion of a task that moves to the trash shows the trash.
+  std::string_view iconName() const { return PreviewIconName(mNode.copyMode, mTree.gIsMoveToTrash); }
 
   // kLeaf for a node without "subItems", else its number of children (possibly 0).
   int numberOfChildren();

@@ -131,6 +131,7 @@ bool RunDriver::ScanOneTask(std::int64_t sessionIndex, std::int64_t taskIndex) {
   tree.source = s.gSourceFolder;
   tree.dest = s.gDestFolder;
   tree.gIsSyncOn = s.session.gIsSyncOn;
+  tree.gIsMoveToTrash = s.session.gIsMoveToTrash;
   tree.root.copyMode = kCopyModeNothing;
   tree.root.hasSubItems = true;
   s.mainSourceFolderBackupDate = fs.GetBackupDate(s.gSourceFolder);

@@ -40,6 +40,7 @@ struct TaskTree {
   std::string source;  // side A folder (gSourceFolder)
   std::string dest;    // side B folder (gDestFolder)
   bool gIsSyncOn = false;
+  bool gIsMoveToTrash = false;  // deletions go to the trash (the session's settings)
   ScanNode root;       // root.copyMode is the tree's own mode; root.subItems its items
 };
 

@@ -116,6 +116,7 @@ void ConsoleWindow::DrawProgress() {
   const ConsoleProgress progress = mProxy->TakeProgress();
   if (progress.itemsToDo >= 0) {
     mItemsToDo->setText(ToQ(GLS("Items to do:")) + QLatin1Char(' ') + QString::number(progress.itemsToDo));
+    mItemsToDo->setVisible(true);
     if (!progress.indeterminate && progress.itemsTotal > 0) {
       mProgress->setRange(0, static_cast<int>(std::min<std::int64_t>(progress.itemsTotal, INT32_MAX)));
       mProgress->setValue(static_cast<int>(progress.itemsTotal - progress.itemsToDo));

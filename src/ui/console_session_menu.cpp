@@ -21,7 +21,8 @@ void ConsoleWindow::ChooseSession(int chosen, bool altHeld) {
   }
   const std::int64_t count = SessionCount(root);
   if (count == 0) return;
-  const bool timersWereOn = TimerSyncEnabled(false);
+  // No timer fires while a session command asks its questions.
+  TimerSyncEnabled(false);
 
   SessionCommandResult result;
   result.ok = true;
@@ -86,9 +87,9 @@ void ConsoleWindow::ChooseSession(int chosen, bool altHeld) {
       break;
   }
   if (!result.ok) ShowAlert(this, WarningAlert(result.refusal));
-  TimerSyncEnabled(timersWereOn);
   RebuildSessionMenu();
   ShowSession();
+  PlanTimers();
 }
 
 }  // namespace marigold

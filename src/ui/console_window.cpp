@@ -32,6 +32,8 @@
 #include "engine/exact_index_console.h"
 #include "model/document_model.h"
 #include "platform/linux_file_system.h"
+#include "ui/action_icons.h"
+#include "ui/console_timers.h"
 #include "ui/desktop_proxy.h"
 #include "ui/log_window.h"
 #include "ui/preferences_window.h"
@@ -80,6 +82,12 @@ ConsoleWindow::ConsoleWindow(FileSystem* fs) : mPrompts(this), mCountdown(Steady
   auto* spacer = new QWidget(toolbar);
   spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   toolbar->addWidget(spacer);
+  mTimerButton = new QToolButton(toolbar);
+  mTimerButton->setObjectName(QStringLiteral("timerButton"));
+  mTimerButton->setIcon(TimerIcon(false));
+  mTimerButton->setToolTip(ToQ(GLS("Go to the Timer panel")));
+  connect(mTimerButton, &QToolButton::clicked, this, &ConsoleWindow::GoPanelTimer);
+  toolbar->addWidget(mTimerButton);
   mMainButton = new QToolButton(toolbar);
   mMainButton->setObjectName(QStringLiteral("mainButton"));
   mMainButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
@@ -93,7 +101,9 @@ ConsoleWindow::ConsoleWindow(FileSystem* fs) : mPrompts(this), mCountdown(Steady
   auto* row = new QHBoxLayout(central);
   mNavigation = new QListWidget(central);
   mNavigation->setObjectName(QStringLiteral("panels"));
-  mNavigation->addItem(ToQ(GLS("Console")));
+  // Each place carries the identifier ShowPanel knows it by.
+  auto* consoleItem = new QListWidgetItem(ToQ(GLS("Console")), mNavigation);
+  consoleItem->setData(Qt::UserRole, QStringLiteral("console"));
   mNavigation->setMaximumWidth(130);
   mNavigation->setCurrentRow(0);
   row->addWidget(mNavigation);
@@ -131,6 +141,7 @@ ConsoleWindow::~ConsoleWindow() {
 void ConsoleWindow::Attach(MainApp& app) {
   mApp = &app;
   mRun = std::make_unique<RunController>(app.paths(), *mFs, *mProxy);
+  UseClock(mClock != nullptr ? *mClock : SystemClock());
   QSettings settings;
   mRecent = settings.value(QStringLiteral("recentDocuments")).toStringList();
   UpdateRecentMenu();
@@ -184,6 +195,7 @@ QWidget* ConsoleWindow::BuildConsole() {
   auto* status = new QGroupBox(ToQ(GLS("Progress")), panel);
   auto* statusLayout = new QVBoxLayout(status);
   mItemsToDo = new QLabel(status);
+  mItemsToDo->setVisible(false);  // until a run counts its items
   mProgress = new QProgressBar(status);
   mProgress->setTextVisible(false);
   mProgress->setVisible(false);
@@ -199,8 +211,8 @@ QWidget* ConsoleWindow::BuildConsole() {
                           static_cast<QWidget*>(mBytes), static_cast<QWidget*>(mTaskComment),
                           static_cast<QWidget*>(mLastExact)})
     statusLayout->addWidget(widget);
-  statusLayout->addStretch(1);
-  layout->addWidget(status, 1);
+  layout->addWidget(status);
+  layout->addStretch(1);
   return panel;
 }
 
@@ -245,6 +257,8 @@ void ConsoleWindow::OpenPreferences() {
   if (mApp == nullptr) return;
   PreferencesWindow window(mApp->preferences(), mApp->identities().isRoot, this);
   window.exec();
+  // Sync-and-quit keeps every timer off.
+  PlanTimers();
 }
 
 LogWindow* ConsoleWindow::OpenLogWindow() {
@@ -324,6 +338,7 @@ void ConsoleWindow::SetDocumentSessions() {
   RebuildSessionMenu();
   ShowSession();
   ShowPanel("console");
+  PlanTimers();
 }
 
 void ConsoleWindow::RebuildSessionMenu() {
@@ -368,6 +383,10 @@ void ConsoleWindow::ShowSession() {
   const std::optional<std::string> exactLine =
       session ? LastExactSyncLine(*session, mApp->paths().exactSyncIndexFolder) : std::nullopt;
   mLastExact->setText(exactLine ? DisplayText(*exactLine) : QString());
+  mLastExact->setVisible(exactLine.has_value());
+  // Before any run the progress box says what the button will do.
+  if (!IsCopying() && !mCountdown.isStartingSyncAndQuit() && !mLastOutcome)
+    mTaskComment->setText(DisplayText(ConsoleIdleText(root, index)));
   const QString title = ToQ(MainButtonTitle(root, index, IsCopying() || mCountdown.isStartingSyncAndQuit()));
   mMainButton->setText(title);
   mMainAction->setText(title);
@@ -385,8 +404,13 @@ void ConsoleWindow::StopCopying(bool quitWhenStopped) {
 }
 
 bool ConsoleWindow::TimerSyncEnabled(bool enabled) {
-  const bool was = mTimersOn;
-  mTimersOn = enabled;
+  if (mTimers == nullptr) return false;
+  const bool was = mTimers->checking();
+  if (enabled) {
+    PlanTimers();
+  } else {
+    mTimers->Pause();
+  }
   return was;
 }
 
@@ -397,10 +421,21 @@ void ConsoleWindow::ShowMainWindow() { show(); }
 
 void ConsoleWindow::ShowPanel(const std::string& identifier) {
   const bool closed = identifier == "documentClosed";
-  mPanels->setCurrentWidget(closed ? mClosedPanel : mConsole);
   mNavigation->setEnabled(!closed);
   mSessions->setEnabled(!closed);
   mMainButton->setEnabled(!closed);
+  mTimerButton->setEnabled(!closed);
+  if (closed) {
+    mPanels->setCurrentWidget(mClosedPanel);
+    PlanTimers();
+    return;
+  }
+  for (int row = 0; row < mNavigation->count(); ++row) {
+    if (mNavigation->item(row)->data(Qt::UserRole).toString() == ToQ(identifier)) {
+      mNavigation->setCurrentRow(row);
+      mPanels->setCurrentIndex(row);
+    }
+  }
 }
 
 void ConsoleWindow::NoteRecentDocument(const std::string& path) {

@@ -15,6 +15,7 @@
 #include "app/main_app.h"
 #include "app/run_controller.h"
 #include "engine/sync_and_quit.h"
+#include "platform/clock.h"
 #include "ui/alert_dialog.h"
 
 class QAction;
@@ -32,6 +33,7 @@ class QToolButton;
 
 namespace marigold {
 
+class ConsoleTimers;
 class DesktopProxy;
 class LogWindow;
 class LinuxFileSystem;
@@ -75,9 +77,20 @@ class ConsoleWindow : public QMainWindow, public DocumentHost {
   bool RequestQuit();
   // Sets a side's folder of the selected session (a choose button, a drop from the file manager).
   void SetSideFolder(bool sideA, const std::string& path);
+  // Plans the timers again for the selection and switches their check on or off (a document
+  // opened, a session chosen, the preferences changed).
+  void PlanTimers();
+  // The timers plan and fire on `clock` from now on (the system's until then); it must outlive
+  // the window.
+  void UseClock(const Clock& clock);
+  // Opens `path` as the File menu's Open does (its questions included) and brings the window to
+  // the front ("" only brings it forward): a document handed over by a second start of the program.
+  void OpenHandedOver(const std::string& path);
 
   QComboBox* sessionPopUp() const { return mSessions; }
   QToolButton* mainButton() const { return mMainButton; }
+  QToolButton* timerButton() const { return mTimerButton; }
+  ConsoleTimers* timers() const { return mTimers.get(); }
   const std::optional<RunOutcome>& lastOutcome() const { return mLastOutcome; }
   RunController* runController() const { return mRun.get(); }
   // The log window, opened on the last run's log (or brought to the front).
@@ -110,6 +123,10 @@ class ConsoleWindow : public QMainWindow, public DocumentHost {
   void RunConcluded(const RunOutcome& outcome);
   void DrawProgress();
   void SetRunning(bool running);
+  // Timers
+  void DrawTimerButton();
+  void GoPanelTimer();
+  void TimersRefused(const QString& holder);
 
   DesktopPrompts mPrompts;
   MainApp* mApp = nullptr;
@@ -117,11 +134,12 @@ class ConsoleWindow : public QMainWindow, public DocumentHost {
   std::unique_ptr<LinuxFileSystem> mOwnFs;
   FileSystem* mFs = nullptr;
   std::unique_ptr<RunController> mRun;
+  const Clock* mClock = nullptr;
+  std::unique_ptr<ConsoleTimers> mTimers;  // after mRun: a timer run ends before its controller goes
   SyncAndQuitCountdown mCountdown;
   QTimer mCountdownTimer;
   bool mRunning = false;
   bool mQuitWhenStopped = false;
-  bool mTimersOn = false;
   bool mUserPressedStop = false;
   std::optional<RunOutcome> mLastOutcome;
   std::string mLogText;
@@ -129,6 +147,7 @@ class ConsoleWindow : public QMainWindow, public DocumentHost {
   QComboBox* mSessions = nullptr;
   QToolButton* mMainButton = nullptr;
   QAction* mMainAction = nullptr;
+  QToolButton* mTimerButton = nullptr;
   QListWidget* mNavigation = nullptr;
   QStackedWidget* mPanels = nullptr;
   QWidget* mConsole = nullptr;

@@ -219,10 +219,13 @@ bool PreferencesWindow::Apply() {
   }
   mPreferences.WriteFilePreferences(false);
   const bool wantsRoot = mPanel.prefRoot != 0;
-  if (wantsRoot != wasRoot && !PrefRunAsRoot(parentWidget(), wantsRoot, mRunningAsRoot)) {
-    // The relaunch did not happen: the box goes back to what is true.
-    mPreferences.dict().Set("prefRoot", mRunningAsRoot ? 1 : 0);
-    mPreferences.WriteFilePreferences(false);
+  if (wantsRoot != wasRoot) {
+    // A relaunch that did not happen puts the box back to what is true.
+    auto putBack = [&preferences = mPreferences, root = mRunningAsRoot] {
+      preferences.dict().Set("prefRoot", root ? 1 : 0);
+      preferences.WriteFilePreferences(false);
+    };
+    if (!PrefRunAsRoot(parentWidget(), wantsRoot, mRunningAsRoot, putBack)) putBack();
   }
   return true;
 }

@@ -79,7 +79,7 @@ QVariant PreviewModel::data(const QModelIndex& index, int role) const {
       return {};
     }
     case kPreviewColumnAction:
-      if (role == Qt::DecorationRole) return CopyModeIcon(mode);
+      if (role == Qt::DecorationRole) return CopyModeIcon(mode, item->iconName());
       if (role == Qt::ToolTipRole) return ToQ(GLS(std::string(CopyModeWords(mode))));
       return {};
     default:

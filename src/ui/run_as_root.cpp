@@ -1,9 +1,14 @@
 #include "ui/run_as_root.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <QApplication>
 #include <QFileInfo>
+#include <QPointer>
 #include <QProcess>
 #include <QTimer>
+#include <QWidget>
 
 #include "ui/alert_dialog.h"
 #include "util/strings_table.h"
@@ -11,35 +16,70 @@
 namespace marigold {
 namespace {
 
-bool Relaunch(const QString& program, const QStringList& arguments) {
-  return QProcess::startDetached(program, arguments);
-}
+// pkexec's own exit statuses: the password dialog was dismissed or the user is not allowed (126),
+// or the authentication failed (127). The program never ran.
+constexpr int kPkexecDismissed = 126;
+constexpr int kPkexecFailed = 127;
+const QByteArray kStartedLine = QByteArrayLiteral("marigold: privileged instance started\n");
 
-void Refused(QWidget* parent, const char* title) {
+// The privileged instance's pkexec. Never deleted once the instance runs: deleting a QProcess
+// kills what it started.
+QProcess* gPrivileged = nullptr;
+
+void Refused(QWidget* parent, const char* title, const std::string& text) {
   AlertRequest alert;
   alert.title = GLS(title);
-  alert.text = GLS("Authorization denied.");
+  alert.text = text;
   alert.buttons = {GLS("OK")};
   ShowAlert(parent, alert);
 }
 
+bool StartPrivileged(QWidget* parent, const QString& executable, std::function<void()> refused) {
+  if (gPrivileged != nullptr) return true;  // a relaunch is already waiting for its password
+  auto* process = new QProcess;
+  process->setProgram(QStringLiteral("pkexec"));
+  process->setArguments({executable, QStringLiteral("--setuidroot")});
+  process->setStandardInputFile(QProcess::nullDevice());
+  process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  QPointer<QWidget> owner(parent);
+  auto giveUp = [process, owner, refused](const std::string& text) {
+    QObject::disconnect(process, nullptr, nullptr, nullptr);
+    process->deleteLater();
+    gPrivileged = nullptr;
+    Refused(owner, "Root Permissions:", text);
+    if (refused) refused();
+  };
+  QObject::connect(process, &QProcess::readyReadStandardOutput, qApp, [process] {
+    if (!process->peek(1 << 16).contains(kStartedLine)) return;
+    // The privileged instance runs: this one steps aside.
+    QObject::disconnect(process, nullptr, nullptr, nullptr);
+    QApplication::closeAllWindows();
+  });
+  QObject::connect(process, &QProcess::finished, qApp, [giveUp](int status, QProcess::ExitStatus) {
+    if (status == kPkexecDismissed || status == kPkexecFailed) {
+      giveUp(GLS("Authorization denied."));
+    } else {
+      giveUp(GLS("Marigold could not start with administrator rights (exit status ") + std::to_string(status) + ").");
+    }
+  });
+  QObject::connect(process, &QProcess::errorOccurred, qApp, [giveUp, process](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart) giveUp(GLS("pkexec could not be started: ") + FromQ(process->errorString()));
+  });
+  gPrivileged = process;
+  process->start();
+  return true;
+}
+
 }  // namespace
 
-bool PrefRunAsRoot(QWidget* parent, bool wantsRoot, bool runningAsRoot) {
+bool PrefRunAsRoot(QWidget* parent, bool wantsRoot, bool runningAsRoot, std::function<void()> refused) {
   const QString executable = QApplication::applicationFilePath();
   if (!QFileInfo(executable).exists() || wantsRoot == runningAsRoot) return true;
-  if (wantsRoot) {
-    // pkexec asks for the password itself; this instance ends once the privileged one is on its way.
-    if (!Relaunch(QStringLiteral("pkexec"), {executable, QStringLiteral("--setuidroot")})) {
-      Refused(parent, "Root Permissions:");
-      return false;
-    }
-    QTimer::singleShot(0, qApp, [] { QApplication::closeAllWindows(); });
-    return true;
-  }
+  // pkexec asks for the password itself; this instance ends once the privileged one says it runs.
+  if (wantsRoot) return StartPrivileged(parent, executable, std::move(refused));
   // Back to the user's own rights: a plain instance, started for the user who owns the session.
-  if (!Relaunch(executable, {QStringLiteral("--setuidme")})) {
-    Refused(parent, "Turning off Root Permissions:");
+  if (!QProcess::startDetached(executable, {QStringLiteral("--setuidme")})) {
+    Refused(parent, "Turning off Root Permissions:", GLS("Authorization denied."));
     return false;
   }
   AlertRequest question;
@@ -48,6 +88,17 @@ bool PrefRunAsRoot(QWidget* parent, bool wantsRoot, bool runningAsRoot) {
   question.buttons = {GLS("Quit Now"), GLS("Later")};
   if (ShowAlert(parent, question) == 0) QTimer::singleShot(0, qApp, [] { QApplication::closeAllWindows(); });
   return true;
+}
+
+void ReportPrivilegedInstanceStarted() {
+  if (::isatty(STDOUT_FILENO)) return;
+  [[maybe_unused]] const ssize_t written = ::write(STDOUT_FILENO, kStartedLine.constData(), kStartedLine.size());
+  // The asking instance is about to quit: nothing more may go to a pipe nobody reads.
+  const int null = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (null >= 0) {
+    ::dup2(null, STDOUT_FILENO);
+    ::close(null);
+  }
 }
 
 }  // namespace marigold

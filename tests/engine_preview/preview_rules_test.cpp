@@ -42,6 +42,8 @@ struct RulesCase {
   std::vector<std::int64_t> wantTallies;
   std::vector<std::string> wantAdditions = {};
   std::string source = "/nowhere/A";
+  bool trash = false;                   // the task moves deletions to the trash
+  std::vector<std::string> wantIcons = {};  // parallel to `tree`, when given
 };
 
 void PrintTo(const RulesCase& c, std::ostream* os) { *os << c.name; }
@@ -63,6 +65,7 @@ std::vector<TaskTree> MakeTrees(const RulesCase& c, RunTallies& tallies) {
   tree.source = c.source;
   tree.dest = "/nowhere/B";
   tree.gIsSyncOn = c.sync;
+  tree.gIsMoveToTrash = c.trash;
   tree.root.hasSubItems = true;
   tallies.Count(kCopyModeNothing, 1);
   for (const NodeSpec& item : c.tree) {
@@ -120,7 +123,11 @@ TEST_P(PreviewRules, ClicksGiveModesTalliesAndIndexAdditions) {
     outcomes.push_back(Outcome(p.editor.ClickTheRow(&p.At(click.path), click.column, click.keys)));
   }
   std::vector<int> modes;
-  for (const NodeSpec& item : c.tree) modes.push_back(p.At(item.path).copyMode());
+  std::vector<std::string> icons;
+  for (const NodeSpec& item : c.tree) {
+    modes.push_back(p.At(item.path).copyMode());
+    icons.emplace_back(p.At(item.path).iconName());
+  }
   std::vector<std::int64_t> shown;
   for (const PreviewTally& tally : PreviewTallies(p.tallies)) shown.push_back(tally.value);
 
@@ -128,6 +135,9 @@ TEST_P(PreviewRules, ClicksGiveModesTalliesAndIndexAdditions) {
   EXPECT_EQ(modes, c.wantModes);
   EXPECT_EQ(shown, c.wantTallies);
   EXPECT_EQ(p.additions[0], c.wantAdditions);
+  if (!c.wantIcons.empty()) {
+    EXPECT_EQ(icons, c.wantIcons);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -157,7 +167,11 @@ INSTANTIATE_TEST_SUITE_P(
                   {"/nowhere/A/d", "/nowhere/A/d/f"}},
         RulesCase{"ControlClickRevealsASideThatExists", true,
                   {{"etc/", 1}}, {{"etc/", kSideA, kControl}, {"etc/", kSideB, kControl}, {"etc/", kSideA}, {"etc/", 3}},
-                  {"reveal /etc", "beep", "none", "deselect"}, {1}, {2, 0, 0, 0, 0, 0, 0, 0}, {}, "/"}),
+                  {"reveal /etc", "beep", "none", "deselect"}, {1}, {2, 0, 0, 0, 0, 0, 0, 0}, {}, "/"},
+        RulesCase{"ATaskThatTrashesShowsItsDeletionsSwitchedOffOrNotAsTrash", true,
+                  {{"d/", 7}, {"d/f", 7}, {"g", 6}, {"h", 2}}, {{"g"}}, {"reload"}, {7, 7, -6, 2},
+                  {1, 1, 2, 1, 0, 0, 0, 3}, {}, "/nowhere/A", true,
+                  {"icnPreviewTrash", "icnPreviewTrash", "icnPreviewTrash", "icnPreviewViolet"}}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(PreviewEditor, SearchFindsTheItemsToBeDeletedInOutlineOrder) {

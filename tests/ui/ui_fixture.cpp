@@ -43,6 +43,8 @@ void Click(QWidget* window, const QString& name) {
 }
 
 LaunchedProgram::LaunchedProgram(FileSystem* fs) : window(fs), app(window.prompts(), &window) {
+  // The scheduler lock and the program's socket live here, away from anyone else's.
+  home.SetEnv("XDG_RUNTIME_DIR", home.root());
   app.Launch(LaunchOptions{});
   window.Attach(app);
   app.controller().FinishLaunching();
