@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unicode/timezone.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -15,6 +14,7 @@
 #include "model/document_model.h"
 #include "options/filters.h"
 #include "platform/linux_file_system.h"
+#include "support/scoped_time_zone.h"
 #include "support/temp_folder.h"
 
 namespace marigold {
@@ -46,19 +46,7 @@ PlistDict Session(const std::vector<PlistDict>& rows, int copySkip = 2) {
 
 class Filters : public ::testing::Test {
  protected:
-  void SetUp() override {
-    if (const char* old = std::getenv("TZ")) mOldTz = old;
-    mOldZone.reset(icu::TimeZone::createDefault());
-    setenv("TZ", "Europe/Paris", 1);
-    tzset();
-    icu::TimeZone::adoptDefault(icu::TimeZone::createTimeZone("Europe/Paris"));
-  }
-  void TearDown() override {
-    if (mOldTz) setenv("TZ", mOldTz->c_str(), 1);
-    else unsetenv("TZ");
-    tzset();
-    icu::TimeZone::adoptDefault(mOldZone.release());
-  }
+  testing::ScopedTimeZone zone{"Europe/Paris"};
 
   std::string File(const std::string& name, std::size_t size = 0, std::int64_t modified = 0) {
     const std::string path = temp.WriteFile(name, std::string(size, 'x'));
@@ -80,8 +68,6 @@ class Filters : public ::testing::Test {
 
   TempFolder temp;
   LinuxFileSystem fs;
-  std::optional<std::string> mOldTz;
-  std::unique_ptr<icu::TimeZone> mOldZone;
 };
 
 TEST_F(Filters, NameOperatorsIgnoreCase) {

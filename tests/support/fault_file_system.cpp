@@ -56,12 +56,6 @@ FaultRule FailCopyAfter(std::uint64_t afterBytes, int error, std::string path) {
   return rule;
 }
 
-FaultRule VanishBefore(FsOperation operation, std::string path) {
-  FaultRule rule = FailCall(operation, std::move(path), 0);
-  rule.effect = FaultRule::Effect::kVanish;
-  return rule;
-}
-
 FaultRule RunBefore(FsOperation operation, std::string path, std::function<void()> hook) {
   FaultRule rule = FailCall(operation, std::move(path), 0);
   rule.effect = FaultRule::Effect::kHook;
@@ -106,8 +100,7 @@ std::optional<FaultRule> FaultFileSystem::Intercept(FsOperation operation, const
       }
     }
   }
-  // Effects run outside the lock: they may call the inner file system, or this one.
-  if (acting && acting->effect == FaultRule::Effect::kVanish) mInner.RemoveTree(path);
+  // A hook runs outside the lock: it may call the inner file system, or this one.
   if (acting && acting->effect == FaultRule::Effect::kHook && acting->hook) acting->hook();
   return acting;
 }

@@ -1,5 +1,5 @@
 // A FileSystem for tests: forwards every call to another FileSystem, except the calls that match
-// one of its rules, which fail, lose their item first, or run a test's hook first. Faults thus
+// one of its rules, which fail or run a test's hook first. Faults thus
 // hit a real temporary tree, and the real implementation's clean-up is what gets tested.
 //
 //   FaultFileSystem fs{real, {FailCopyAfter(4096, ENOSPC), FailCall(FsOperation::kRename, p, EIO)}};
@@ -36,7 +36,6 @@ struct FaultRule {
     kFail,       // the call fails with `error` without reaching the real file system
     kFailAfter,  // CopyItem only: the real copy runs and is stopped after `afterBytes` bytes,
                  // then the call reports `error` (the real clean-up has run)
-    kVanish,     // the item at the call's first path is removed (whole tree), then the call runs
     kHook,       // `hook` runs, then the call runs
   };
   FsOperation operation = FsOperation::kGetAttributes;
@@ -54,8 +53,6 @@ FaultRule FailCall(FsOperation operation, std::string path, int error, int occur
 FaultRule FailEveryCall(FsOperation operation, std::string path, int error);
 // Lets a copy (of `path`, or any copy) write `afterBytes` bytes, then fails it with `error`.
 FaultRule FailCopyAfter(std::uint64_t afterBytes, int error, std::string path = {});
-// Removes the item at `path` just before the first `operation` call on it.
-FaultRule VanishBefore(FsOperation operation, std::string path);
 // Runs `hook` just before the first `operation` call on `path` (to change a file, for instance).
 FaultRule RunBefore(FsOperation operation, std::string path, std::function<void()> hook);
 

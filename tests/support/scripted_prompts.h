@@ -31,10 +31,6 @@ class ScriptedPrompts : public AppPrompts {
   const std::vector<std::string>& SavePanelNames() const { return mSavePanelNames; }
   // How many open panels were shown.
   int OpenPanelCount() const { return mOpenPanelCount; }
-  // True when every queued answer has been used.
-  bool AllAnswersUsed() const {
-    return mAlertAnswers.empty() && mSavePaths.empty() && mOpenPaths.empty();
-  }
 
  private:
   std::deque<int> mAlertAnswers;

@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 #include <unicode/locid.h>
-#include <unicode/timezone.h>
 
-#include <cstdlib>
 #include <ctime>
-#include <memory>
 
+#include "support/scoped_time_zone.h"
 #include "util/quillon_additions.h"
 
 namespace marigold {
@@ -26,31 +24,8 @@ PlistDate Utc(int year, int month, int day, int hour, int minute, double second 
 // clocks on 31 March 2024 at 02:00 local.
 class LocalDates : public ::testing::Test {
  protected:
-  void SetUp() override { UseZone("Europe/Paris"); }
-  void TearDown() override {
-    if (mOldTz) setenv("TZ", mOldTz->c_str(), 1);
-    else unsetenv("TZ");
-    tzset();
-    if (mOldZone) icu::TimeZone::adoptDefault(mOldZone.release());
-    if (mOldLocale) icu::Locale::setDefault(*mOldLocale, mStatus);
-  }
-
-  void UseZone(const char* zone) {
-    if (!mOldZone) {
-      const char* old = std::getenv("TZ");
-      if (old) mOldTz = old;
-      mOldZone.reset(icu::TimeZone::createDefault());
-      mOldLocale = std::make_unique<icu::Locale>(icu::Locale::getDefault());
-      icu::Locale::setDefault(icu::Locale("en_US"), mStatus);
-    }
-    setenv("TZ", zone, 1);
-    tzset();
-    icu::TimeZone::adoptDefault(icu::TimeZone::createTimeZone(zone));
-  }
-
-  std::optional<std::string> mOldTz;
-  std::unique_ptr<icu::TimeZone> mOldZone;
-  std::unique_ptr<icu::Locale> mOldLocale;
+  void UseZone(const char* zone) { mZone.Use(zone); }
+  testing::ScopedTimeZone mZone{"Europe/Paris"};
   UErrorCode mStatus = U_ZERO_ERROR;
 };
 
