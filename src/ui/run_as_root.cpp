@@ -1,7 +1,10 @@
 #include "ui/run_as_root.h"
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <unistd.h>
+
+#include <cstdlib>
 
 #include <QApplication>
 #include <QFileInfo>
@@ -70,6 +73,25 @@ bool StartPrivileged(QWidget* parent, const QString& executable, std::function<v
   return true;
 }
 
+// Starts the plain instance with the rights of the user pkexec acted for. Started from a root
+// instance without dropping them, it would be root again under another name.
+bool StartAsInvokingUser(const QString& executable) {
+  QProcess process;
+  process.setProgram(executable);
+  process.setArguments({QStringLiteral("--setuidme")});
+  const char* invoker = std::getenv("PKEXEC_UID");
+  const passwd* user = invoker && ::geteuid() == 0 ? ::getpwuid(static_cast<uid_t>(std::atol(invoker))) : nullptr;
+  if (user != nullptr) {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QStringLiteral("/run/user/%1").arg(user->pw_uid));
+    process.setProcessEnvironment(environment);
+    process.setProgram(QStringLiteral("runuser"));
+    process.setArguments({QStringLiteral("-u"), QString::fromLocal8Bit(user->pw_name), QStringLiteral("--"),
+                          executable, QStringLiteral("--setuidme")});
+  }
+  return process.startDetached();
+}
+
 }  // namespace
 
 bool PrefRunAsRoot(QWidget* parent, bool wantsRoot, bool runningAsRoot, std::function<void()> refused) {
@@ -78,7 +100,7 @@ bool PrefRunAsRoot(QWidget* parent, bool wantsRoot, bool runningAsRoot, std::fun
   // pkexec asks for the password itself; this instance ends once the privileged one says it runs.
   if (wantsRoot) return StartPrivileged(parent, executable, std::move(refused));
   // Back to the user's own rights: a plain instance, started for the user who owns the session.
-  if (!QProcess::startDetached(executable, {QStringLiteral("--setuidme")})) {
+  if (!StartAsInvokingUser(executable)) {
     Refused(parent, "Turning off Root Permissions:", GLS("Authorization denied."));
     return false;
   }
