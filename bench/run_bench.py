@@ -16,7 +16,8 @@ Cases:
   dry run          marigold's dry run over 1,000,000 items (time), and the peak resident memory
                    of it and of rsync -a --dry-run (`/usr/bin/time -v`)
 
-Usage: run_bench.py --marigold PATH [--work DIR] [--quick] [--keep] [--pairs N] [--skip GROUP]
+Usage: run_bench.py --marigold PATH [--work DIR] [--quick] [--keep] [--pairs N] [--skip GROUP]...
+(GROUP: copies, cold, reflink, dry-run; the cold case drops the page cache of the whole machine)
 Run by hand; not part of the test suite. See bench/README.md.
 """
 import argparse
@@ -40,6 +41,7 @@ class Bench:
         self.work = os.path.abspath(args.work)
         self.quick = args.quick
         self.pairs = args.pairs
+        self.cold = "cold" not in args.skip
         home = os.path.join(self.work, "home")
         os.makedirs(home, exist_ok=True)
         # A home of its own: the user's preferences and logs stay out of the measurements.
@@ -174,9 +176,9 @@ class Bench:
             return self.timed(self.command(tool, changed, dest, delete=True))
 
         self.rounds("1 % change (small files)", tools[:2], change)
-        if os.geteuid() == 0:
+        if self.cold and os.geteuid() == 0:
             self.rounds("cold first copy (small files)", tools[:2], lambda tool: first(tool, cold=True))
-        else:
+        elif self.cold:
             print("cold first copy: skipped (dropping the page cache needs root)")
         for name in ("base-marigold", "base-rsync", "dest-marigold", "dest-rsync", "dest-cp"):
             remove(os.path.join(self.work, name))
@@ -279,7 +281,7 @@ def main():
     parser.add_argument("--quick", action="store_true", help="a tenth of the sizes, to try the harness out")
     parser.add_argument("--keep", action="store_true", help="keep the generated trees for the next run")
     parser.add_argument("--pairs", type=int, default=5, help="alternating rounds per case (default 5)")
-    parser.add_argument("--skip", action="append", default=[], choices=["copies", "reflink", "dry-run"])
+    parser.add_argument("--skip", action="append", default=[], choices=["copies", "cold", "reflink", "dry-run"])
     args = parser.parse_args()
     for tool in ("rsync", "cp"):
         if not shutil.which(tool):
