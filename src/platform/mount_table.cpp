@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <mutex>
@@ -95,12 +96,25 @@ std::optional<MountEntry> FindMount(const std::vector<MountEntry>& mounts, std::
 
 std::vector<MountEntry> ReadMountTable() {
   // One command asks about volumes many times; the table is read again only when the kernel says
-  // that something was mounted or unmounted since (the file signals it to poll).
+  // that something was mounted or unmounted since (the file signals it to poll). An open table
+  // keeps showing the namespace it was opened in: a process that moved to another one opens it
+  // again.
   static std::mutex mutex;
   static int fd = -1;
+  static ino_t openedIn = 0;
   static std::optional<std::vector<MountEntry>> table;
   std::lock_guard lock(mutex);
-  if (fd < 0) fd = ::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
+  struct stat ns {};
+  const ino_t namespaceNow = ::stat("/proc/self/ns/mnt", &ns) == 0 ? ns.st_ino : 0;
+  if (fd >= 0 && namespaceNow != openedIn) {
+    ::close(fd);
+    fd = -1;
+    table.reset();
+  }
+  if (fd < 0) {
+    fd = ::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
+    openedIn = namespaceNow;
+  }
   if (fd < 0) return {};
   pollfd changes{fd, POLLPRI, 0};
   const bool changed = ::poll(&changes, 1, 0) != 0;  // an error counts as a change
