@@ -17,7 +17,7 @@ const StartupResult& MainApp::Launch(const LaunchOptions& options) {
   if (mStartup.identities.isRoot) ::syslog(LOG_NOTICE, "DO NOT SYNC PREFS");
 
   mPreferences = std::make_unique<Preferences>(mStartup.paths, mStartup.identities.isRoot);
-  mPreferences->ReadFilePreferences(options.reset);
+  mPreferences->ReadFilePreferences(options.reset, !options.writesNothing);
 
   mStore = std::make_unique<DocumentStore>(mStartup.paths.pathFileDocTemplate, mPrompts);
   mController = std::make_unique<DocumentController>(*mStore, mHost, mPrompts,

@@ -44,6 +44,7 @@ class HeadlessDocumentHost : public DocumentHost {
 struct LaunchOptions {
   bool reset = false;          // the Alt key held at launch, or --reset: defaults and a fresh template
   bool startedHidden = false;  // a hidden launch reads the template even when reset is asked
+  bool writesNothing = false;  // a dry run: the preferences are read, never written back
   StartupOptions startup;
 };
 

@@ -66,9 +66,10 @@ void Preferences::InitPreferences() {
   mPrefs = GetDefaultPreferencesDict(mPaths.defaultLogFolder, mIsRoot);
 }
 
-std::optional<PlistDict> Preferences::FindStoredPreferences() {
-  if (auto file = ReadPlistDictFile(mFs, mPaths.preferencesFile)) {
-    if (const PlistDict* stored = file->GetDict(kPreferencesKey)) return *stored;
+std::optional<PlistDict> Preferences::FindStoredPreferences(bool writes) {
+  mFileAsRead = ReadPlistDictFile(mFs, mPaths.preferencesFile);
+  if (mFileAsRead) {
+    if (const PlistDict* stored = mFileAsRead->GetDict(kPreferencesKey)) return *stored;
   }
   // The platform's per-user defaults database, the next place the original looked, has no
   // counterpart on Linux; the previous version's own file follows directly.
@@ -78,21 +79,28 @@ std::optional<PlistDict> Preferences::FindStoredPreferences() {
     else found = std::move(previous);
   }
   // Once the search has come this far the old files have served their purpose, found or not.
-  mFs.RemoveItem(mPaths.previousPrefsFile);
-  mFs.RemoveItem(mPaths.olderPrefsFile);
+  if (writes) {
+    mFs.RemoveItem(mPaths.previousPrefsFile);
+    mFs.RemoveItem(mPaths.olderPrefsFile);
+  }
   return found;
 }
 
-bool Preferences::ReadFilePreferences(bool reset) {
+bool Preferences::ReadFilePreferences(bool reset, bool writes) {
+  mFileAsRead.reset();
   if (reset) {
     InitPreferences();
-  } else if (auto stored = FindStoredPreferences()) {
+    mFileAsRead = ReadPlistDictFile(mFs, mPaths.preferencesFile);
+  } else if (auto stored = FindStoredPreferences(writes)) {
     mPrefs = std::move(*stored);
     UpdatePreferences();
   } else {
     InitPreferences();
   }
-  return WriteFilePreferences(false);
+  if (!writes) return true;
+  const std::optional<PlistDict> file = std::move(mFileAsRead);
+  mFileAsRead.reset();
+  return WriteOver(file);
 }
 
 void Preferences::UpdatePreferences() {
@@ -139,10 +147,13 @@ bool Preferences::WriteFilePreferences(bool withWindowState, const WindowState& 
     prefs.Set("consOptionsDrawerIsOpen", state.optionsDrawerIsOpen ? 1 : 0);
     prefs.Set("consOptionsDrawerWidth", state.optionsDrawerWidth);
   }
+  return WriteOver(ReadPlistDictFile(mFs, mPaths.preferencesFile));
+}
+
+bool Preferences::WriteOver(const std::optional<PlistDict>& stored) {
+  PlistDict& prefs = *mPrefs;
   prefs.Set("versionPref", kVersionPref);
   if (prefs.GetInt("versionApp") <= kVersionApp - 1) prefs.Set("versionApp", kVersionApp);
-
-  const std::optional<PlistDict> stored = ReadPlistDictFile(mFs, mPaths.preferencesFile);
   PlistDict file = stored.value_or(PlistDict());
   file.Set(kPreferencesKey, prefs);
   // Every command starts by reading the preferences; a file that already says the same is left

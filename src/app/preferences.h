@@ -39,8 +39,9 @@ class Preferences {
   Preferences(AppPaths paths, bool isRoot, FileSystem& fs = SystemFileSystem());
 
   // Loads the stored dictionary (or the defaults when `reset` or when none is found), upgrades
-  // it, and writes the file back. Returns the write's result.
-  bool ReadFilePreferences(bool reset);
+  // it, and writes the file back when that changes it. Returns the write's result. With
+  // `writes` false (a dry run) nothing on disk changes: the upgraded dictionary is only held.
+  bool ReadFilePreferences(bool reset, bool writes = true);
   // Upgrades the held dictionary in place; older entries lose unknown keys and gain new ones,
   // entries of version 412 or more, or without any version, become the defaults.
   void UpdatePreferences();
@@ -60,12 +61,17 @@ class Preferences {
   const AppPaths& paths() const { return mPaths; }
 
  private:
-  std::optional<PlistDict> FindStoredPreferences();
+  std::optional<PlistDict> FindStoredPreferences(bool writes);
+  // Writes the held dictionary into `stored` (the file as it is now) unless that already holds it.
+  bool WriteOver(const std::optional<PlistDict>& stored);
 
   AppPaths mPaths;
   bool mIsRoot;
   FileSystem& mFs;
   std::optional<PlistDict> mPrefs;
+  // The preferences file as ReadFilePreferences found it, so that its write-back need not read
+  // it a second time.
+  std::optional<PlistDict> mFileAsRead;
 };
 
 }  // namespace marigold

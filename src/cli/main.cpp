@@ -67,6 +67,7 @@ int main(int argc, char** argv) {
   MainApp app(prompts);
   LaunchOptions options;
   options.reset = args.reset;
+  options.writesNothing = runArgs.Chosen() && runArgs.dryRun && !args.reset;
   const StartupResult& started = app.Launch(options);
   if (!started.ok) {
     std::fprintf(stderr, "%s\n%s\n", started.fatalTitle.c_str(), TerminalText(started.fatalMessage).c_str());

@@ -23,6 +23,11 @@ int FolderGuard::CheckPrivilegesOnFiles(RunState&, const std::string& source, co
   return mPrivileges->CheckPrivilegesOnFiles(source, dest, copyMode);
 }
 
+int FolderGuard::CheckScannedPrivileges(RunState&, const std::string& source, const std::string& dest, int copyMode,
+                                        const ItemAttributes* attributesA, const ItemAttributes* attributesB) {
+  return mPrivileges->CheckScannedPrivileges(source, dest, copyMode, attributesA, attributesB);
+}
+
 bool FolderGuard::TryResolveSymLinkFile(RunState&, std::string& path, ItemAttributes& attributes, bool& isSymLink) {
   return marigold::TryResolveSymLinkFile(*mContext, path, attributes, isSymLink);
 }

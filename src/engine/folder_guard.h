@@ -25,6 +25,8 @@ class FolderGuard : public FolderChecks {
   bool FoldersAreValid(RunState& state, const std::string& source, const std::string& dest, int forceToCase) override;
   void MakeItemsToDontCopyList(RunState& state) override;
   int CheckPrivilegesOnFiles(RunState& state, const std::string& source, const std::string& dest, int copyMode) override;
+  int CheckScannedPrivileges(RunState& state, const std::string& source, const std::string& dest, int copyMode,
+                             const ItemAttributes* attributesA, const ItemAttributes* attributesB) override;
   bool TryResolveSymLinkFile(RunState& state, std::string& path, ItemAttributes& attributes, bool& isSymLink) override;
   bool UnlockChain(RunState& state, const std::string& item, const std::string& mainFolder, int check) override;
   bool RestoreOriginalAttr(RunState& state, const std::string& pathA, const std::string& pathB) override;

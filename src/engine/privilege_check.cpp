@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "engine/copy_executor.h"
 #include "engine/copy_mode.h"
 #include "platform/tree_walk.h"
@@ -23,36 +25,46 @@ bool OwnedByUser(const ItemAttributes& attributes) {
 }  // namespace
 
 int PrivilegeCheck::CheckPrivilegesOnFiles(const std::string& source, const std::string& dest, int copyMode) {
+  // A check by path is a task's check of its main folders, before its scan: what an earlier
+  // task's scan learnt about folders, its run may since have changed.
+  mWritableFolder.clear();
+  mWritableFolderAttributes.reset();
+  mFoldersToMake.clear();
+  auto attributesA = mContext.fs.GetAttributes(source);
+  auto attributesB = mContext.fs.GetAttributes(dest);
+  return CheckScannedPrivileges(source, dest, copyMode, attributesA ? &attributesA.Value() : nullptr,
+                                attributesB ? &attributesB.Value() : nullptr);
+}
+
+int PrivilegeCheck::CheckScannedPrivileges(const std::string& source, const std::string& dest, int copyMode,
+                                           const ItemAttributes* attributesA, const ItemAttributes* attributesB) {
   mProblem.clear();
-  FileSystem& fs = mContext.fs;
-  auto attributesA = fs.GetAttributes(source);
-  auto attributesB = fs.GetAttributes(dest);
   const bool fromA = ActsFromSideA(copyMode);
   const std::string& from = fromA ? source : dest;
   const std::string& to = fromA ? dest : source;
-  const auto& fromAttributes = fromA ? attributesA : attributesB;
-  const auto& toAttributes = fromA ? attributesB : attributesA;
+  const ItemAttributes* fromAttributes = fromA ? attributesA : attributesB;
+  const ItemAttributes* toAttributes = fromA ? attributesB : attributesA;
   int result = kPrivilegesOK;
   switch (copyMode) {
     case kCopyModeCopyAToB:
     case kCopyModeCopyBToA:
     case kCopyModeReplaceAToB:
     case kCopyModeReplaceBToA:
-      if (fromAttributes) result = CanRead(from, fromAttributes.Value());
+      if (fromAttributes) result = CanRead(from, *fromAttributes);
       if (result != kPrivilegesOK) return result;
-      if (toAttributes) return CanDelete(to, toAttributes.Value());
+      if (toAttributes) return CanDelete(to, *toAttributes);
       return CanWriteInto(ParentFolderOf(to));
     case kCopyModeDeleteInA:
     case kCopyModeDeleteInB:
-      return fromAttributes ? CanDelete(from, fromAttributes.Value()) : kPrivilegesOK;
+      return fromAttributes ? CanDelete(from, *fromAttributes) : kPrivilegesOK;
     case kCopyModeMetadataAToB:
     case kCopyModeMetadataBToA:
-      return toAttributes ? CanSetMetadata(to, toAttributes.Value()) : kPrivilegesOK;
+      return toAttributes ? CanSetMetadata(to, *toAttributes) : kPrivilegesOK;
     case kCopyModeSkip:
     case kCopyModeNothing:
       // Nothing is written here; both sides must still be readable to be compared.
-      if (attributesA) result = CanRead(source, attributesA.Value());
-      if (result == kPrivilegesOK && attributesB) result = CanRead(dest, attributesB.Value());
+      if (attributesA) result = CanRead(source, *attributesA);
+      if (result == kPrivilegesOK && attributesB) result = CanRead(dest, *attributesB);
       return result;
   }
   return kPrivilegesOK;
@@ -70,10 +82,18 @@ int PrivilegeCheck::CanRead(const std::string& path, const ItemAttributes& attri
 
 int PrivilegeCheck::CanWriteInto(const std::string& folder) {
   if (!mWritableFolder.empty() && folder == mWritableFolder) return kPrivilegesOK;
+  // A folder still to be made is made by this run, for this user; so is everything inside it.
+  if (mFoldersToMake.contains(folder)) return kPrivilegesOK;
+  if (mFoldersToMake.contains(ParentFolderOf(folder))) {
+    mFoldersToMake.insert(folder);
+    return kPrivilegesOK;
+  }
   auto attributes = mContext.fs.GetAttributes(folder);
-  // A folder still to be made is made by this run, for this user.
+  if (!attributes && attributes.Error().code == ENOENT) mFoldersToMake.insert(folder);
   if (!attributes || mContext.fs.CheckAccess(folder, kAccessWrite | kAccessSearch)) {
     mWritableFolder = folder;
+    mWritableFolderAttributes.reset();
+    if (attributes) mWritableFolderAttributes = attributes.Value();
     return kPrivilegesOK;
   }
   if (attributes.Value().isLocked) {
@@ -97,10 +117,15 @@ int PrivilegeCheck::CanDelete(const std::string& path, const ItemAttributes& att
   const std::string parent = ParentFolderOf(path);
   const int parentResult = CanWriteInto(parent);
   if (parentResult != kPrivilegesOK) return Refuse(parentResult, what, path, kOnItem);
-  auto parentAttributes = mContext.fs.GetAttributes(parent);
+  std::optional<ItemAttributes> parentAttributes;
+  if (parent == mWritableFolder && mWritableFolderAttributes) {
+    parentAttributes = mWritableFolderAttributes;
+  } else if (auto read = mContext.fs.GetAttributes(parent)) {
+    parentAttributes = std::move(read).Value();
+  }
   // In a sticky folder (such as /tmp) only the owners of the item or of the folder may remove it.
-  if (parentAttributes && (parentAttributes.Value().mode & S_ISVTX) != 0 && !OwnedByUser(attributes) &&
-      !OwnedByUser(parentAttributes.Value()))
+  if (parentAttributes && (parentAttributes->mode & S_ISVTX) != 0 && !OwnedByUser(attributes) &&
+      !OwnedByUser(*parentAttributes))
     return Refuse(kPrivilegesInsufficient, what, path, kOnItem);
   if (attributes.isPackage) return CheckFilePackagePermissions(path, Need::kDelete);
   return kPrivilegesOK;

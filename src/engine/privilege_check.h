@@ -7,7 +7,9 @@
 // worker thread; the effective ids are those of the call.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <unordered_set>
 
 #include "engine/engine_context.h"
 
@@ -24,6 +26,10 @@ class PrivilegeCheck {
   // the user lacks a right, 2 when an item in the way is locked and will not be unlocked. Items
   // missing on a side are not looked at. LastProblem() then says which item and why.
   int CheckPrivilegesOnFiles(const std::string& source, const std::string& dest, int copyMode);
+  // The same with each side's attributes already read (nullptr: missing on that side), for the
+  // items of a scan; what it learns about folders holds until the next check by path.
+  int CheckScannedPrivileges(const std::string& source, const std::string& dest, int copyMode,
+                             const ItemAttributes* attributesA, const ItemAttributes* attributesB);
   // The reason of the last refusal ("Can't read the item ..."); empty after a success.
   const std::string& LastProblem() const { return mProblem; }
 
@@ -43,6 +49,10 @@ class PrivilegeCheck {
   // The scan asks about one folder's items in a row: the last folder found writable (or still to
   // be made) is not asked about again.
   std::string mWritableFolder;
+  // Its attributes, when it exists (a delete in it asks whether it is sticky).
+  std::optional<ItemAttributes> mWritableFolderAttributes;
+  // Folders found missing: the run makes them, and their sub-folders too.
+  std::unordered_set<std::string> mFoldersToMake;
 };
 
 }  // namespace marigold

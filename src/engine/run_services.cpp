@@ -9,6 +9,10 @@ namespace marigold {
 bool FolderChecks::FoldersAreValid(RunState&, const std::string&, const std::string&, int) { return true; }
 void FolderChecks::MakeItemsToDontCopyList(RunState&) {}
 int FolderChecks::CheckPrivilegesOnFiles(RunState&, const std::string&, const std::string&, int) { return 0; }
+int FolderChecks::CheckScannedPrivileges(RunState& state, const std::string& source, const std::string& dest,
+                                         int copyMode, const ItemAttributes*, const ItemAttributes*) {
+  return CheckPrivilegesOnFiles(state, source, dest, copyMode);
+}
 std::string FolderChecks::LastPrivilegeProblem() { return {}; }
 bool FolderChecks::TryResolveSymLinkFile(RunState&, std::string&, ItemAttributes&, bool&) { return true; }
 bool FolderChecks::UnlockChain(RunState&, const std::string&, const std::string&, int) { return false; }

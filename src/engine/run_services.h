@@ -43,6 +43,12 @@ class FolderChecks : public virtual RunRole {
   // other values: an item is locked. Default 0.
   virtual int CheckPrivilegesOnFiles(RunState& state, const std::string& source, const std::string& dest,
                                      int copyMode);
+  // The same check for an item the scan has just described: `attributesA` / `attributesB` are
+  // its attributes on each side (nullptr: missing there), so they need not be read again.
+  // Default: the check by path.
+  virtual int CheckScannedPrivileges(RunState& state, const std::string& source, const std::string& dest,
+                                     int copyMode, const ItemAttributes* attributesA,
+                                     const ItemAttributes* attributesB);
   // Why the last CheckPrivilegesOnFiles refused ("Can't write the item ..."), or "".
   virtual std::string LastPrivilegeProblem();
   // Resolves a link found inside a tree in place; false skips the item. Default: true, leaving

@@ -70,9 +70,26 @@ bool Scanner::ScanSingleFolder(ScanNode& node, const std::string& pathA, const s
 }
 
 Scanner::SideListing Scanner::ListSide(const std::string& path, bool mayExist) {
+  if (!mayExist) return SideListing{};
+  return Listed(path, mContext.fs.ListFolder(path));
+}
+
+std::vector<std::string> Scanner::ExpectFoldersB(const std::string& pathB, const std::vector<EntryPair>& pairs) {
+  std::vector<std::string> folders;
+  if (!mContext.fs.AllowsConcurrentCalls()) return folders;
+  for (const EntryPair& pair : pairs) {
+    if (pair.b == nullptr || pair.b->attributes.kind != ItemKind::kFolder || IsTemporaryName(pair.b->name)) continue;
+    if (pair.a != nullptr && pair.a->attributes.kind != ItemKind::kFolder) continue;
+    JoinInto(folders.emplace_back(), pathB, pair.b->name);
+  }
+  if (folders.empty()) return folders;
+  if (!mListerB) mListerB = std::make_unique<BackgroundLister>(mContext.fs);
+  mListerB->Expect(folders);
+  return folders;
+}
+
+Scanner::SideListing Scanner::Listed(const std::string& path, FsResult<std::vector<FolderEntry>> result) {
   SideListing listing;
-  if (!mayExist) return listing;
-  auto result = mContext.fs.ListFolder(path);
   if (result) {
     listing.state = SideListing::State::kListed;
     listing.entries = std::move(result).Value();
@@ -231,7 +248,14 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
     node.subItems.clear();
   }
   SideListing listA = singleItem ? SingleItem(pathA, singleName) : ListSide(pathA, facts.mayHaveA);
-  SideListing listB = singleItem ? SingleItem(pathB, singleName) : ListSide(pathB, facts.mayHaveB);
+  SideListing listB;
+  if (singleItem) {
+    listB = SingleItem(pathB, singleName);
+  } else if (mListerB && facts.mayHaveB) {
+    listB = Listed(pathB, mListerB->Take(pathB));
+  } else {
+    listB = ListSide(pathB, facts.mayHaveB);
+  }
   const bool presentA = listA.state != SideListing::State::kAbsent;
   const bool presentB = listB.state != SideListing::State::kAbsent;
 
@@ -254,6 +278,16 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
   const bool listBOnly = singleItem || s.gIsSyncOn || s.gIsExactOn;
   const std::vector<EntryPair> pairs =
       PairFolderEntries(listA.entries, listB.entries, listBOnly, facts.ignoreCase.value_or(false));
+
+  // Whatever way this folder is left, side B's sub-folders it did not enter are not listed for it.
+  struct Forget {
+    BackgroundLister* lister;
+    std::vector<std::string> folders;
+    ~Forget() {
+      if (lister && !folders.empty()) lister->Forget(folders);
+    }
+  } expected{nullptr, ExpectFoldersB(pathB, pairs)};
+  expected.lister = mListerB.get();
 
   FolderSurvivors survivors;
   std::string a, b;  // the item's two paths, one buffer per folder
@@ -349,7 +383,8 @@ bool Scanner::ScanPair(ScanNode& node, const std::string& pathA, const std::stri
                              (state.bootFoldersToCopyEmptyArray.contains(a) ||
                               state.bootFoldersToCopyEmptyArray.contains(b));
     if (!s.mSkipCheckPermissions && !(copiedEmpty && state.mEuidIsRoot)) {
-      const int problem = services.folders->CheckPrivilegesOnFiles(state, a, b, mode);
+      const int problem = services.folders->CheckScannedPrivileges(state, a, b, mode, pair.a ? &attributesA : nullptr,
+                                                                   pair.b ? &attributesB : nullptr);
       if (problem != 0) mContext.errors.RecordItemError(
           {PrivilegeProblemText(problem, WrittenItem(mode, a, b), services.folders->LastPrivilegeProblem())});
     }

@@ -10,13 +10,17 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "engine/background_lister.h"
 #include "engine/engine_context.h"
 #include "engine/scan_decisions.h"
 
 namespace marigold {
+
+struct EntryPair;
 
 class Scanner {
  public:
@@ -56,6 +60,11 @@ class Scanner {
 
   bool ScanPair(ScanNode& node, const std::string& pathA, const std::string& pathB, PairFacts facts);
   SideListing ListSide(const std::string& path, bool mayExist);
+  // Side B's sub-folders among `pairs` that the scan may enter, handed to the helper that lists
+  // side B ahead (none when the file system takes one call at a time).
+  std::vector<std::string> ExpectFoldersB(const std::string& pathB, const std::vector<EntryPair>& pairs);
+  // Reports a listing's error (when it has one) and keeps its entries in the scan's order.
+  SideListing Listed(const std::string& path, FsResult<std::vector<FolderEntry>> result);
   // The listings of a pair of single files: the one item under `name` on each side.
   SideListing SingleItem(const std::string& folder, const std::string& name);
   void ProbeLetterCase(const std::string& pathB, PairFacts& facts);
@@ -77,6 +86,8 @@ class Scanner {
 
   EngineContext& mContext;
   ScanRules mRules;
+  // Lists side B while side A is listed; made with the first scan, when the file system allows.
+  std::unique_ptr<BackgroundLister> mListerB;
 };
 
 }  // namespace marigold

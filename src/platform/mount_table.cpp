@@ -1,7 +1,11 @@
 #include "platform/mount_table.h"
 
-#include <fstream>
-#include <sstream>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <mutex>
 
 namespace marigold {
 
@@ -91,11 +95,42 @@ std::optional<MountEntry> FindMount(const std::vector<MountEntry>& mounts, std::
 }
 
 std::vector<MountEntry> ReadMountTable() {
-  std::ifstream file("/proc/self/mountinfo");
-  if (!file) return {};
-  std::stringstream text;
-  text << file.rdbuf();
-  return ParseMountInfo(text.str());
+  // One command asks about volumes many times; the table is read again only when the kernel says
+  // that something was mounted or unmounted since (the file signals it to poll). An open table
+  // keeps showing the namespace it was opened in: a process that moved to another one opens it
+  // again.
+  static std::mutex mutex;
+  static int fd = -1;
+  static ino_t openedIn = 0;
+  static std::optional<std::vector<MountEntry>> table;
+  std::lock_guard lock(mutex);
+  struct stat ns {};
+  const ino_t namespaceNow = ::stat("/proc/self/ns/mnt", &ns) == 0 ? ns.st_ino : 0;
+  if (fd >= 0 && namespaceNow != openedIn) {
+    ::close(fd);
+    fd = -1;
+    table.reset();
+  }
+  if (fd < 0) {
+    fd = ::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
+    openedIn = namespaceNow;
+  }
+  if (fd < 0) return {};
+  pollfd changes{fd, POLLPRI, 0};
+  const bool changed = ::poll(&changes, 1, 0) != 0;  // an error counts as a change
+  if (table && !changed) return *table;
+  std::string text;
+  char buffer[16384];
+  ssize_t n = 0;
+  if (::lseek(fd, 0, SEEK_SET) == 0) {
+    while ((n = ::read(fd, buffer, sizeof buffer)) > 0) text.append(buffer, static_cast<std::size_t>(n));
+  }
+  if (n < 0 || text.empty()) {
+    table.reset();
+    return {};
+  }
+  table = ParseMountInfo(text);
+  return *table;
 }
 
 bool TypeIgnoresOwnership(std::string_view type) {

@@ -197,7 +197,7 @@ TEST(RunCommands, APreferenceSetForOneRunLeavesThePreferencesFileAlone) {
   trees::Build(b, {{"f.txt", "original"}});
   trees::SetModified(a + "/f.txt", kOld + 60);
   trees::SetModified(b + "/f.txt", kOld);
-  ASSERT_EQ(box.Run({"sync", a, b, "--dry-run"}).status, 0);  // writes the preferences file
+  ASSERT_EQ(box.Run({"prefs", "show"}).status, 0);  // writes the preferences file
   const std::string before = ReadFileText(box.PreferencesFile());
   ASSERT_FALSE(before.empty());
 
