@@ -14,10 +14,6 @@
 
 namespace marigold {
 
-bool ChekMacOSXVersion(const SystemVersion& running, const SystemVersion& minimum) {
-  return running.major >= minimum.major && running.minor >= minimum.minor;
-}
-
 bool IsVersionAtLeast(const SystemVersion& running, const SystemVersion& minimum) {
   if (running.major != minimum.major) return running.major > minimum.major;
   if (running.minor != minimum.minor) return running.minor > minimum.minor;

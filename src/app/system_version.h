@@ -1,6 +1,5 @@
-// The minimum-system check and the system's description for the log. The historical version rule
-// is kept as a pure function; on Linux the program checks that the kernel offers statx (4.11 or
-// later) and names the distribution from os-release.
+// The minimum-system check and the system's description for the log: the kernel must offer statx
+// (4.11 or later), and the distribution is named from os-release.
 #pragma once
 
 #include <optional>
@@ -14,11 +13,6 @@ struct SystemVersion {
   long minor = 0;
   long patch = 0;
 };
-
-// The historical minimum-version rule: passes only when the running major number is at least the
-// minimum's AND the running minor number is at least the minimum's, each compared on its own; the
-// patch number is ignored. So 11.0 fails a 10.9 minimum. Kept as it is on purpose.
-bool ChekMacOSXVersion(const SystemVersion& running, const SystemVersion& minimum);
 
 // An ordinary ordering (major, then minor, then patch): true when `running` is not below `minimum`.
 bool IsVersionAtLeast(const SystemVersion& running, const SystemVersion& minimum);

@@ -204,28 +204,6 @@ TEST_F(DocEdit, RowsWithSortedKeysAreStillBlank) {
   EXPECT_EQ(set.status, 0) << set.err;
 }
 
-// An edited document runs with the options it was given.
-TEST_F(DocEdit, RunsWithItsFiltersExclusionsAndSettings) {
-  trees::Build(h.Path("A"), {{"keep.txt", "k"},
-                             {"draft.TMP", "filtered by name"},
-                             {"cache/", ""},
-                             {"cache/big.bin", "excluded with its folder"},
-                             {".hidden", "invisible"}});
-  trees::Build(h.Path("B"), {{"old.txt", "gone after an exact backup"}});
-  const CliResult set = Run({"doc", "set", "consoleDict.topFolder=" + h.Path("A"), "consoleDict.bottomFolder=" + h.Path("B"),
-                             "settingsDict.settTask=2", "settingsDict.settExact=1",
-                             "settingsDict.settInvisibleItems=0", "filterDict.filterOn=1",
-                             "filterDict.filterArray.0.filterFileNameOn=1",
-                             "filterDict.filterArray.0.filterFileNamePop=2",
-                             "filterDict.filterArray.0.filterFileNameField=.tmp", "excludeDict.excludeOn=1",
-                             "excludeDict.excludeArray.0.itemToExclude=" + h.Path("a/CACHE")});
-  ASSERT_EQ(set.status, 0) << set.err;
-
-  const CliResult run = h.Run({"run", file});
-  ASSERT_EQ(run.status, 0) << run.out << run.err;
-  EXPECT_EQ(trees::Read(h.Path("B")), (trees::Tree{{"keep.txt", "k"}}));
-}
-
 TEST_F(DocEdit, APasswordIsReadFromStandardInputAndStoredScrambledInAPrivateFile) {
   const CliResult set = h.Run({"doc", "set", file, "autoMountDict.autoMountVolumeArray.2.password=-"}, "moss-and-rain\n");
   ASSERT_EQ(set.status, 0) << set.err;

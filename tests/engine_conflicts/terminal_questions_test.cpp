@@ -105,18 +105,6 @@ TEST(ReplacePrompt, TwoChangedFilesCanChangeDirection) {
       << err;
 }
 
-TEST(ReplacePrompt, AnUnattendedRunSkipsAndCountsWhatItWouldAsk) {
-  Terminal temp;
-  BothChangedAfterARun(temp, {});
-
-  const CliResult shell = temp.Run({"sync", temp.Path("A"), temp.Path("B"), "--set", "conflictSyncAsk=1"}, "");
-
-  EXPECT_EQ(shell.status, 0) << shell.err;
-  EXPECT_TRUE(Has(shell.out, "Conflicts skipped: 1\n")) << shell.out;
-  EXPECT_EQ(trees::Read(temp.Path("B")), (Tree{{"f.txt", "B edit"}}));
-  EXPECT_FALSE(Has(shell.err, "Replace File")) << shell.err;
-}
-
 TEST(ReplacePrompt, StopEndsTheRunWithNothingDone) {
   Terminal temp;
   const std::int64_t last = BothChangedAfterARun(temp, {"--backup"});

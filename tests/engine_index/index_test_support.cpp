@@ -1,14 +1,11 @@
 #include "index_test_support.h"
 
 #include "model/document_model.h"
-#include "app/preferences.h"
 
 namespace marigold::index_test {
 
-IndexHarness::IndexHarness() : preferences(GetDefaultPreferencesDict("/nonexistent/log folder", false)) {
-  preferences.Set("prefLogKind", 2);
+IndexHarness::IndexHarness() {
   preferences.Set("prefOnError", 2);
-  preferences.Set("prefPreview", 0);
   trees::Build(temp.Join("support"), {});
   document = run_test::MakeDocument({{temp.Join("A"), temp.Join("B"), 1, true}});
   SetFolders(temp.Join("A"), temp.Join("B"));
@@ -41,13 +38,7 @@ RunDriver& IndexHarness::Run(int executedBy, FileSystem* fs) {
   mDriver.reset();
   index = std::make_unique<ExactSyncIndex>(IndexFolder());
   services.exactIndex = index.get();
-  mDriver = std::make_unique<RunDriver>(document, preferences, fs ? *fs : realFs, proxy, services);
-  mDriver->ExecuteSyncBackup(0, executedBy);
-  return *mDriver;
-}
-
-const PlistDict& IndexHarness::Task0() const {
-  return *mDriver->state().logSessionArray.at(0).AsDict()->GetArray("logTaskArray")->at(0).AsDict();
+  return RunHarness::Run(0, executedBy, fs);
 }
 
 IndexContext::IndexContext(const std::string& indexFolder, const std::string& source, const std::string& dest)

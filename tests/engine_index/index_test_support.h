@@ -16,7 +16,7 @@ namespace marigold::index_test {
 
 enum Task { kExactSync, kSync, kExactBackup, kBackup };
 
-class IndexHarness {
+class IndexHarness : public run_test::RunHarness {
  public:
   IndexHarness();
   std::string A(const std::string& relative = {}) const { return Under(mSource, relative); }
@@ -34,22 +34,15 @@ class IndexHarness {
   // Runs the session with a fresh ExactSyncIndex, as a new program would have.
   RunDriver& Run(int executedBy = kExecutedByUser, FileSystem* fs = nullptr);
   RunState& state() { return mDriver->state(); }
-  const PlistDict& Task0() const;
+  const PlistDict& Task0() const { return Task(0, 0); }
 
-  TempFolder temp;
-  LinuxFileSystem realFs;
-  ScriptedProxy proxy;
   std::unique_ptr<ExactSyncIndex> index;
-  FakeServices services;
-  PlistDict preferences;
-  PlistDict document;
 
  private:
   static std::string Under(const std::string& root, const std::string& relative) {
     return relative.empty() ? root : root + "/" + relative;
   }
   std::string mSource, mDest;
-  std::unique_ptr<RunDriver> mDriver;
 };
 
 // An index bound to a context of its own, for calling its operations one at a time; the run's

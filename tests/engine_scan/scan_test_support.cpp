@@ -11,12 +11,6 @@
 
 namespace marigold::scantest {
 
-void SetTime(const std::string& path, std::int64_t seconds, std::uint32_t nanoseconds) {
-  const timespec times[2] = {{static_cast<time_t>(seconds), static_cast<long>(nanoseconds)},
-                             {static_cast<time_t>(seconds), static_cast<long>(nanoseconds)}};
-  if (::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) != 0) std::abort();
-}
-
 TempTree::TempTree(const TreeShape& shape) {
   std::string pattern = "/tmp/mg-scan-XXXXXX";
   if (::mkdtemp(pattern.data()) == nullptr) std::abort();
@@ -40,7 +34,7 @@ TempTree::TempTree(const TreeShape& shape) {
   for (auto it = shape.rbegin(); it != shape.rend(); ++it) {
     const std::string full = *this / it->path;
     if (it->backupDate && !fs.SetBackupDate(full, *it->backupDate)) std::abort();
-    if (!it->fifo) SetTime(full, it->mtime.value_or(T), it->nanoseconds);
+    if (!it->fifo) trees::SetModified(full, it->mtime.value_or(T), it->nanoseconds);
   }
 }
 

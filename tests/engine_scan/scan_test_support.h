@@ -13,6 +13,7 @@
 #include "platform/linux_file_system.h"
 #include "support/fake_services.h"
 #include "support/scripted_proxy.h"
+#include "support/tree_values.h"
 
 namespace marigold::scantest {
 
@@ -42,9 +43,6 @@ class TempTree {
  private:
   std::string mPath;
 };
-
-// Sets an item's modification time without following a link.
-void SetTime(const std::string& path, std::int64_t seconds, std::uint32_t nanoseconds = 0);
 
 enum class TaskKind { kBackup, kExactBackup, kSync, kExactSync };
 

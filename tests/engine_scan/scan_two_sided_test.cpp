@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "engine/tree_text.h"
+#include "support/fault_file_system.h"
 #include "scan_test_support.h"
 
 namespace marigold::scantest {
@@ -46,8 +47,8 @@ TEST(ScanTwoSided, SameTreeAsListingOneSideAfterTheOther) {
     manyB.push_back({folder + (i % 4 == 0 ? "g" : "f"), "b"});
   }
   TempTree manyTreeA{manyA}, manyTreeB{manyB};
-  TweakedFileSystem oneSided;  // keeps the default: one call at a time
   LinuxFileSystem twoSided;
+  FaultFileSystem oneSided{twoSided};  // keeps the default: one call at a time
   ASSERT_TRUE(twoSided.AllowsConcurrentCalls());
   for (auto [kind, pathA, pathB] : {std::tuple{TaskKind::kSync, a.Path(), b.Path()},
                                     std::tuple{TaskKind::kExactBackup, a.Path(), b.Path()},

@@ -31,16 +31,10 @@ PlistDict Prefs(const PlistDict& account, std::int64_t when = 1) {
   return PlistDict{{"prefSendEmail", 1}, {"prefSendEmailWhen", when}, {"prefSendEmailDict", SetWellDict(account)}};
 }
 
-TEST(EmailReport, RecipientsSplitOnCommasAndBlanks) {
-  EXPECT_EQ(SplitEmailRecipients("a@x.org, b@y.org c@z.org"),
-            (std::vector<std::string>{"a@x.org", "b@y.org", "c@z.org"}));
-  EXPECT_EQ(SplitEmailRecipients(" a@x.org,,b@y.org  "), (std::vector<std::string>{"a@x.org", "b@y.org"}));
-}
-
 TEST(EmailReport, EveryRecipientGetsTheLogInTheBody) {
   TestSmtpServer server;
   const std::string log = "\u2022 Errors: 1\r\u221A Can't copy \"caf\xe9.txt\"\r";
-  EXPECT_TRUE(SendEmailTo(Prefs(Account(server.port(), "a@x.org, b@y.org c@z.org")), log, 1, "", {}));
+  EXPECT_TRUE(SendEmailTo(Prefs(Account(server.port(), " a@x.org,,b@y.org c@z.org  ")), log, 1, "", {}));
   const std::vector<std::string> messages = server.Messages(3);
   ASSERT_EQ(messages.size(), 3u);
   EXPECT_NE(messages[0].find("to: a@x.org\n"), std::string::npos);
@@ -137,17 +131,6 @@ TEST(EmailReport, SilentServerAndUnknownHostFailReadably) {
   account.Set("mSendEmailSMTP", "no-such-host.invalid");
   EXPECT_FALSE(SendEmailWithSubject(account, "ann@example.org", "s", "b", "", {}, &error));
   EXPECT_NE(error.find("resolve"), std::string::npos) << error;
-}
-
-TEST(EmailReport, TestMessageSaysWhatIsMissing) {
-  TestSmtpServer server;
-  std::string error;
-  PlistDict account = Account(server.port());
-  EXPECT_TRUE(SendTestEmail(account, {}, &error)) << error;
-  EXPECT_EQ(server.Messages(1).size(), 1u);
-  account.Set("mSendEmailFrom", "");
-  EXPECT_FALSE(SendTestEmail(account, {}, &error));
-  EXPECT_EQ(error, "Missing parameter \"Email From\" on the Send Log via email panel.");
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unicode/unistr.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -50,20 +51,8 @@ std::string UnrtfText(const TempFolder& folder, const std::string& rtf) {
   out = out.substr(out.find(rule) + rule.size());
   std::u16string units;
   std::string text;
-  auto flush = [&] {
-    for (std::size_t i = 0; i < units.size(); ++i) {
-      char32_t cp = units[i];
-      if (cp >= 0xD800 && cp < 0xDC00 && i + 1 < units.size()) cp = 0x10000 + ((cp - 0xD800) << 10) + (units[++i] - 0xDC00);
-      std::string utf8;
-      if (cp < 0x80) utf8 = static_cast<char>(cp);
-      else if (cp < 0x800) utf8 = {static_cast<char>(0xC0 | (cp >> 6)), static_cast<char>(0x80 | (cp & 0x3F))};
-      else if (cp < 0x10000)
-        utf8 = {static_cast<char>(0xE0 | (cp >> 12)), static_cast<char>(0x80 | ((cp >> 6) & 0x3F)), static_cast<char>(0x80 | (cp & 0x3F))};
-      else
-        utf8 = {static_cast<char>(0xF0 | (cp >> 18)), static_cast<char>(0x80 | ((cp >> 12) & 0x3F)),
-                static_cast<char>(0x80 | ((cp >> 6) & 0x3F)), static_cast<char>(0x80 | (cp & 0x3F))};
-      text += utf8;
-    }
+  auto flush = [&] {  // UTF-16 units, surrogate pairs included, to UTF-8
+    icu::UnicodeString(units.data(), static_cast<int32_t>(units.size())).toUTF8String(text);
     units.clear();
   };
   for (std::size_t i = 0; i < out.size();) {

@@ -5,14 +5,6 @@
 namespace marigold {
 namespace {
 
-TEST(ChekMacOSXVersion, KeepsTheHistoricalRuleThatComparesEachNumberOnItsOwn) {
-  struct Case { SystemVersion running; bool passes; };
-  for (const Case& c : {Case{{10, 9, 0}, true}, Case{{10, 15, 7}, true}, Case{{10, 8, 5}, false},
-                        Case{{11, 0, 0}, false}, Case{{11, 9, 0}, true}, Case{{9, 12, 0}, false}}) {
-    EXPECT_EQ(ChekMacOSXVersion(c.running, {10, 9, 0}), c.passes) << c.running.major << "." << c.running.minor;
-  }
-}
-
 TEST(IsVersionAtLeast, OrdersKernelVersionsProperly) {
   struct Case { const char* release; bool passes; };
   for (const Case& c : {Case{"4.11.0", true}, Case{"4.10.17", false}, Case{"5.0", true},

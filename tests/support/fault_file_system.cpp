@@ -72,15 +72,10 @@ void FaultFileSystem::AddRule(FaultRule rule) {
   mRules.push_back(Rule{std::move(rule), 0});
 }
 
-std::vector<FsCall> FaultFileSystem::Calls() const {
-  std::lock_guard lock(mMutex);
-  return mCalls;
-}
-
 int FaultFileSystem::CountCalls(FsOperation operation) const {
   std::lock_guard lock(mMutex);
-  return static_cast<int>(std::count_if(mCalls.begin(), mCalls.end(),
-                                        [&](const FsCall& call) { return call.operation == operation; }));
+  const auto found = mCallCounts.find(operation);
+  return found == mCallCounts.end() ? 0 : found->second;
 }
 
 std::optional<FaultRule> FaultFileSystem::Intercept(FsOperation operation, const std::string& path,
@@ -88,7 +83,7 @@ std::optional<FaultRule> FaultFileSystem::Intercept(FsOperation operation, const
   std::optional<FaultRule> acting;
   {
     std::lock_guard lock(mMutex);
-    mCalls.push_back(FsCall{operation, path, secondPath});
+    ++mCallCounts[operation];
     for (Rule& entry : mRules) {
       const FaultRule& rule = entry.rule;
       if (rule.operation != operation) continue;

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -56,20 +57,12 @@ FaultRule FailCopyAfter(std::uint64_t afterBytes, int error, std::string path = 
 // Runs `hook` just before the first `operation` call on `path` (to change a file, for instance).
 FaultRule RunBefore(FsOperation operation, std::string path, std::function<void()> hook);
 
-struct FsCall {
-  FsOperation operation;
-  std::string path;
-  std::string secondPath;  // rename's and copies' destination; empty otherwise
-};
-
 class FaultFileSystem : public FileSystem {
  public:
   explicit FaultFileSystem(FileSystem& inner, std::vector<FaultRule> rules = {});
 
   // Adds a rule; rules are tried in the order added and the first matching one acts.
   void AddRule(FaultRule rule);
-  // Every call received, in order, including those that failed.
-  std::vector<FsCall> Calls() const;
   // How many calls of `operation` were received.
   int CountCalls(FsOperation operation) const;
 
@@ -116,7 +109,7 @@ class FaultFileSystem : public FileSystem {
   FileSystem& mInner;
   mutable std::mutex mMutex;
   std::vector<Rule> mRules;
-  std::vector<FsCall> mCalls;
+  std::map<FsOperation, int> mCallCounts;  // every call received, failed ones included
 };
 
 }  // namespace marigold

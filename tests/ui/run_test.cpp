@@ -12,7 +12,6 @@
 #include "platform/linux_file_system.h"
 #include "support/fault_file_system.h"
 #include "support/tree_values.h"
-#include "ui/action_icons.h"
 #include "ui/preview_model.h"
 #include "ui/preview_window.h"
 #include "ui_fixture.h"
@@ -25,8 +24,6 @@ class RunTest : public QObject {
  private slots:
   void SyncWithPromptAndPreview();
   void StopDuringCopy();
-  void DeletionIconShowsTheTrash_data();
-  void DeletionIconShowsTheTrash();
 };
 
 namespace {
@@ -114,31 +111,6 @@ void RunTest::StopDuringCopy() {
   const trees::Tree b = trees::Read(sides.b);
   QVERIFY(b.count("a.txt") == 1 && b.count("e.txt") == 0);
   QCOMPARE(program.window.mainButton()->text(), QStringLiteral("Backup"));
-}
-
-void RunTest::DeletionIconShowsTheTrash_data() {
-  QTest::addColumn<bool>("moveToTrash");
-  QTest::addColumn<QString>("picture");
-  QTest::newRow("deleted") << false << QStringLiteral("icnPreviewDelete");
-  QTest::newRow("to the trash") << true << QStringLiteral("icnPreviewTrash");
-}
-
-void RunTest::DeletionIconShowsTheTrash() {
-  QFETCH(bool, moveToTrash);
-  QFETCH(QString, picture);
-  std::vector<TaskTree> trees(1);
-  trees[0].gIsMoveToTrash = moveToTrash;
-  trees[0].root.hasSubItems = true;
-  trees[0].root.subItems.emplace_back().name = "old.txt";
-  trees[0].root.subItems[0].copyMode = kCopyModeDeleteInB;
-  RunTallies tallies;
-  std::vector<std::vector<std::string>> additions(1);
-  LinuxFileSystem fs;
-  PreviewEditor editor(trees, tallies, additions, fs);
-  PreviewModel model(editor);
-  const QModelIndex row = model.index(0, kPreviewColumnAction, model.index(0, 0));
-  const QImage shown = row.data(Qt::DecorationRole).value<QIcon>().pixmap(32).toImage();
-  QCOMPARE(shown, ActionIcon(FromQ(picture), false).pixmap(32).toImage());
 }
 
 static RegisterUiTests<RunTest> registered;
