@@ -24,7 +24,7 @@ void IndexHarness::SetFolders(const std::string& source, const std::string& dest
   SetSessionKey("consoleDict", "bottomFolder", dest);
 }
 
-void IndexHarness::SetTask(Task task) {
+void IndexHarness::SetTask(index_test::Task task) {
   SetSessionKey("settingsDict", "settTask", task == kExactSync || task == kSync ? 1 : 2);
   SetSessionKey("settingsDict", "settExact", task == kExactSync || task == kExactBackup ? 1 : 0);
 }

@@ -27,7 +27,7 @@ class IndexHarness : public run_test::RunHarness {
 
   // The session's folders (created when missing), task and exact-sync conflict rules.
   void SetFolders(const std::string& source, const std::string& dest);
-  void SetTask(Task task);
+  void SetTask(index_test::Task task);
   void SetExactSyncRules(int radio, int ask);
   void SetSessionKey(const std::string& sub, const std::string& key, PlistValue value);
 
