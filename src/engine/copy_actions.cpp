@@ -15,10 +15,6 @@ namespace {
 // Byte progress is worth showing only this often; a proxy may redraw on every call.
 constexpr auto kBytesUpdateInterval = std::chrono::milliseconds(250);
 
-// A new folder is writable by its owner alone until its contents are in; the walk then gives it
-// the origin's mode.
-constexpr std::uint32_t kNewFolderMode = 0700;
-
 // The parent on the written side "exists" when it is a folder or a link to one (a task root).
 bool IsFolderOrLink(const FsResult<ItemAttributes>& attributes) {
   return attributes && (attributes.Value().IsFolder() || attributes.Value().kind == ItemKind::kSymlink);
@@ -76,16 +72,22 @@ bool CopyExecutor::QLCopyFile(const std::string& src, const std::string& dst, bo
                           GLS("Insufficient privileges")});
     }
   }
-  std::string errStr;
-  bool silent = false;
-  if (!CopySingleFile(src, dst, false, source, errStr, silent)) {
-    if (silent) return false;
+  return RecordNewFile(src, dst, sideA, source, CopyData(src, dst, false, source));
+}
+
+bool CopyExecutor::RecordNewFile(const std::string& src, const std::string& dst, bool sideA,
+                                 const ItemAttributes* source, const FsResult<CopyReport>& copied) {
+  if (!copied) {
+    const FsError& error = copied.Error();
+    // A stop is the user's wish, not a failure to report; the copy has cleaned up after itself.
+    if (error.problem == FsProblem::kStopped) return false;
     // Something took the name since the scan: it is not what was decided on.
-    if (mLastCopyError == EEXIST) return ReportChanged(dst);
+    if (error.code == EEXIST) return ReportChanged(dst);
     return ReportError({GLS("Can't copy the file"), " ", Quoted(src), "\r", mWords.to, " ", Quoted(dst), "\r",
-                        errStr});
+                        CopyFailureText(error)});
   }
-  FinishCopy(src, source, dst, mLastBackupDateError);
+  FinishCopy(src, source, dst, copied.Value().backupDateError);
+  RunState& state = mContext.state;
   ++state.Side(sideA).FilesCopied;
   CountVisibility(sideA, dst);
   AddSuccessLine(mWords.copiedFile, src, mWords.to, dst);
@@ -115,13 +117,13 @@ bool CopyExecutor::ReplaceChecked(const std::string& src, const std::string& dst
   std::string errStr;
   if (!CheckFreeSpaceFor(src, parent, errStr))
     return ReportError({GLS("Can't replace the file"), " ", Quoted(dst), "\r", errStr});
-  bool silent = false;
-  if (!CopySingleFile(src, dst, true, source, errStr, silent)) {
-    if (silent) return false;
+  auto copied = CopyData(src, dst, true, source);
+  if (!copied) {
+    if (copied.Error().problem == FsProblem::kStopped) return false;
     return ReportError({GLS("Can't replace the file"), " ", Quoted(dst), "\r", mWords.withTheMostRecentFile, " ",
-                        Quoted(src), "\r", errStr});
+                        Quoted(src), "\r", CopyFailureText(copied.Error())});
   }
-  FinishCopy(src, source, dst, mLastBackupDateError);
+  FinishCopy(src, source, dst, copied.Value().backupDateError);
   ++state.Side(sideA).FilesReplaced;
   CountVisibility(sideA, dst);
   AddSuccessLine(mWords.replacedFile, dst, mWords.withTheMostRecentFile, src);
@@ -130,10 +132,8 @@ bool CopyExecutor::ReplaceChecked(const std::string& src, const std::string& dst
   return true;
 }
 
-bool CopyExecutor::CopySingleFile(const std::string& src, const std::string& dst, bool replace,
-                                  const ItemAttributes* source, std::string& errStr, bool& silent) {
-  silent = false;
-  mLastBackupDateError = 0;
+FsResult<CopyReport> CopyExecutor::CopyData(const std::string& src, const std::string& dst, bool replace,
+                                            const ItemAttributes* source) {
   CopyOptions options;
   options.replaceExisting = replace;
   options.sourceAttributes = source;
@@ -148,20 +148,13 @@ bool CopyExecutor::CopySingleFile(const std::string& src, const std::string& dst
     }
     return true;
   };
-  auto copied = mContext.fs.CopyItem(src, dst, options);
-  if (copied) {
-    mLastBackupDateError = copied.Value().backupDateError;
-    return true;
-  }
-  const FsError& error = copied.Error();
-  mLastCopyError = error.code;
-  // A stop is the user's wish, not a failure to report; the copy has cleaned up after itself.
-  silent = error.problem == FsProblem::kStopped;
+  return mContext.fs.CopyItem(src, dst, options);
+}
+
+std::string CopyExecutor::CopyFailureText(const FsError& error) const {
   if (error.operation == "remove the replaced item")
-    errStr = GLS("Can't remove the old destination file") + "\r" + FailureDescription(error, GLS("Can't copy the file"));
-  else
-    errStr = FailureDescription(error, GLS("Can't copy the file"));
-  return false;
+    return GLS("Can't remove the old destination file") + "\r" + FailureDescription(error, GLS("Can't copy the file"));
+  return FailureDescription(error, GLS("Can't copy the file"));
 }
 
 bool CopyExecutor::FolderKnownReady(const std::string& folder) const {

@@ -3,6 +3,7 @@
 #include "engine/copy_executor.h"
 
 #include "engine/copy_mode.h"
+#include "engine/copy_pipeline.h"
 #include "engine/error_path.h"
 #include "util/strings_table.h"
 
@@ -27,6 +28,8 @@ std::string ParentFolderOf(const std::string& path) {
 CopyExecutor::CopyExecutor(EngineContext& context)
     : mContext(context), mWords(CopyLogWords::Localised()) {}
 
+CopyExecutor::~CopyExecutor() = default;
+
 bool CopyExecutor::CopyItems(std::vector<ScanNode>& nodes, const std::string& folderA,
                              const std::string& folderB, bool deleteParent) {
   // The words follow the language table installed when the run starts.
@@ -37,12 +40,17 @@ bool CopyExecutor::CopyItems(std::vector<ScanNode>& nodes, const std::string& fo
     mHints.noUnnamedFiles = false;
     mHints.noOwnerChange = false;
     ForgetReadyFolder();
+    mPipelineFailed = false;
   }
   ++mDepth;
-  const bool result = WalkItems(nodes, folderA, folderB, deleteParent);
+  bool result = WalkItems(nodes, folderA, folderB, deleteParent);
   --mDepth;
-  // The task's own walk ends: whatever it opened in its main folders is shut again.
-  if (mDepth == 0) mContext.services.folders->RestoreOriginalAttr(mContext.state, folderA, folderB);
+  if (mDepth == 0) {
+    Settle();
+    if (mPipelineFailed) result = false;
+    // The task's own walk ends: whatever it opened in its main folders is shut again.
+    mContext.services.folders->RestoreOriginalAttr(mContext.state, folderA, folderB);
+  }
   return result;
 }
 
@@ -83,14 +91,15 @@ bool CopyExecutor::WalkItems(std::vector<ScanNode>& nodes, const std::string& fo
       if (fromB || mode == kCopyModeNothing) dateB = ModificationDate(b);
     }
     bool walk = node.hasSubItems;
-    if (mode >= kCopyModeCopyAToB) {
+    if (mode >= kCopyModeCopyAToB && !TryPipelined(node, a, b)) {
+      // What the pipeline holds comes first: the tree's order is the order of the log.
+      Settle();
       if (!PerformNode(node, a, b, deleteParent)) {
         if (trashingParent) return false;
         result = false;
         continue;
       }
-      state.gAtLeastOneItemDone = true;
-      state.tallies.runItemsToDo.fetch_sub(1, std::memory_order_relaxed);
+      CountItemDone();
       if (IsDeletion(mode)) walk = false;
       // A case-only rename gave the item its new name.
       NodePaths(node, folderA, folderB, a, b);
@@ -98,8 +107,11 @@ bool CopyExecutor::WalkItems(std::vector<ScanNode>& nodes, const std::string& fo
     if (walk) {
       if (!CopyItems(node.subItems, a, b, IsDeletion(mode))) result = false;
       ForgetReadyFolder();
-      mContext.services.folders->RestoreOriginalAttr(state, a, b);
-      MakeFolderDatesAgree(mode, a, b, dateA, dateB);
+      // A folder's own attributes and dates wait for its contents, which the pipeline may hold.
+      AfterPending([this, mode, a, b, dateA, dateB] {
+        mContext.services.folders->RestoreOriginalAttr(mContext.state, a, b);
+        MakeFolderDatesAgree(mode, a, b, dateA, dateB);
+      });
     }
   }
   return result;

@@ -10,8 +10,10 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <cstdint>
 #include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,12 +23,19 @@
 
 namespace marigold {
 
+class CopyPipeline;
+
+// A new folder is writable by its owner alone until its contents are in; the walk then gives it
+// the origin's mode.
+inline constexpr std::uint32_t kNewFolderMode = 0700;
+
 // The folder holding `path` ("/a" for "/a/b"; "/" for "/a").
 std::string ParentFolderOf(const std::string& path);
 
 class CopyExecutor {
  public:
   explicit CopyExecutor(EngineContext& context);
+  ~CopyExecutor();
 
   // Performs `nodes`, the items of the folder pair folderA / folderB. `deleteParent`: the nodes
   // are the contents of a folder being deleted. False when any node failed.
@@ -92,6 +101,16 @@ class CopyExecutor {
   // The node's two paths in the folders folderA / folderB, a followed link replaced by its target.
   void NodePaths(const ScanNode& node, const std::string& folderA, const std::string& folderB, std::string& a,
                  std::string& b);
+  // New files and folders whose data may travel on helper threads (see CopyPipeline): true
+  // when the node was handed in; false leaves it to PerformNode.
+  bool TryPipelined(const ScanNode& node, const std::string& a, const std::string& b);
+  bool PipelineNewFolder(const std::string& folder, bool sideA);
+  void PipelineNewFile(const std::string& src, const std::string& dst, bool sideA, const ItemAttributes& source);
+  // Everything handed to the pipeline is carried out and recorded.
+  void Settle();
+  // Runs `record` after what the pipeline holds, or now.
+  void AfterPending(std::function<void()> record);
+  void CountItemDone();
   bool PerformNode(ScanNode& node, const std::string& a, const std::string& b, bool deleteParent);
   bool DeleteFolderWithContents(ScanNode& node, const std::string& a, const std::string& b,
                                 bool deleteParent);
@@ -103,8 +122,12 @@ class CopyExecutor {
   // QLReplaceDestFile with the destination as just read (`current`) and the source as described.
   bool ReplaceChecked(const std::string& src, const std::string& dst, bool sideA, const ItemSnapshot& dstSnapshot,
                       const FsResult<ItemAttributes>& current, const ItemAttributes* source);
-  bool CopySingleFile(const std::string& src, const std::string& dst, bool replace, const ItemAttributes* source,
-                      std::string& errStr, bool& silent);
+  FsResult<CopyReport> CopyData(const std::string& src, const std::string& dst, bool replace,
+                                const ItemAttributes* source);
+  std::string CopyFailureText(const FsError& error) const;
+  // Counts and logs a new file's copy, or reports why it failed; false when it failed.
+  bool RecordNewFile(const std::string& src, const std::string& dst, bool sideA, const ItemAttributes* source,
+                     const FsResult<CopyReport>& copied);
   // The finishing touches once a copy stored the backup date itself (`backupDateError` tells how).
   bool FinishCopy(const std::string& src, const ItemAttributes* source, const std::string& copy,
                   int backupDateError);
@@ -139,8 +162,8 @@ class CopyExecutor {
   CopyHints mHints;                 // what this task's copies learnt about its volumes
   std::string mReadyFolder;         // see FolderKnownReady
   std::size_t mReadyDeletions = 0;  // items deleted in the run when it was found so
-  int mLastBackupDateError = 0;     // what the last copy said of its backup date
-  int mLastCopyError = 0;           // errno of the last copy that failed
+  std::unique_ptr<CopyPipeline> mPipeline;  // made at the first item it can carry
+  bool mPipelineFailed = false;             // an item carried by the pipeline failed in this task
   std::chrono::steady_clock::time_point mLastBytesUpdate;  // byte progress is shown a few times a second
 };
 

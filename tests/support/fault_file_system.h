@@ -65,6 +65,10 @@ class FaultFileSystem : public FileSystem {
   void AddRule(FaultRule rule);
   // How many calls of `operation` were received.
   int CountCalls(FsOperation operation) const;
+  // Lets the engine call from several threads at once, as it does the real file system; the
+  // test's own hooks must then be safe to run on any thread.
+  void AllowConcurrentCalls(bool allow) { mConcurrent = allow; }
+  bool AllowsConcurrentCalls() const override { return mConcurrent; }
 
   FsResult<ItemAttributes> GetAttributes(const std::string& path) override;
   FsResult<std::vector<FolderEntry>> ListFolder(const std::string& path) override;
@@ -110,6 +114,7 @@ class FaultFileSystem : public FileSystem {
   mutable std::mutex mMutex;
   std::vector<Rule> mRules;
   std::map<FsOperation, int> mCallCounts;  // every call received, failed ones included
+  bool mConcurrent = false;
 };
 
 }  // namespace marigold
