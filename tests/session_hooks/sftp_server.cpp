@@ -125,10 +125,17 @@ std::string SftpServer::Start() {
   mBus = std::atoi(bus.output.c_str() + lineEnd + 1);
   ::setenv("DBUS_SESSION_BUS_ADDRESS", bus.output.substr(0, lineEnd).c_str(), 1);
   mGvfsd = Spawn({"/usr/libexec/gvfsd", "--no-fuse"});
+  // Until gvfsd owns its name, gvfsd-fuse would have the bus start a second one, and the two race.
+  const auto daemonOwnsName = [] {
+    return Run({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
+                "org.freedesktop.DBus.NameHasOwner", "string:org.gtk.vfs.Daemon"})
+               .output.find("boolean true") != std::string::npos;
+  };
+  if (mGvfsd < 0 || !WaitFor(daemonOwnsName)) return "gvfsd did not start";
   const std::string fuse = runtime + "/gvfs";
   ::mkdir(fuse.c_str(), 0700);
   mFuse = Spawn({"/usr/libexec/gvfsd-fuse", fuse, "-f"});
-  if (mGvfsd < 0 || mFuse < 0 || !WaitFor([&] { return IsMountPoint(fuse); })) return "GVfs did not start";
+  if (mFuse < 0 || !WaitFor([&] { return IsMountPoint(fuse); })) return "GVfs did not start";
   return {};
 }
 
