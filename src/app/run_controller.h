@@ -93,7 +93,7 @@ class RunController {
   // the program's main thread); `finished` must hand the outcome over to that thread rather than
   // start the next run itself, since the worker cannot wait for its own end.
   bool TaskExecuteSyncOrBackup(const PlistDict& document, const PlistDict& preferences, const RunRequest& request,
-                               std::function<void(const RunOutcome&)> finished);
+                               std::function<void(RunOutcome)> finished);
   // Starts the run and waits for its outcome: the command line and the timer daemon use this.
   RunOutcome Run(const PlistDict& document, const PlistDict& preferences, const RunRequest& request);
   // Asks the run under way to stop, as the Stop button does. Any thread; async-signal-safe.
@@ -111,7 +111,7 @@ class RunController {
  private:
   // "" when the session (or every session) has what a run needs to start; else why not.
   static std::string StartProblem(const PlistDict& document, std::int64_t sessionIndex);
-  void Work(RunRequest request, std::function<void(const RunOutcome&)> finished);
+  void Work(RunRequest request, std::function<void(RunOutcome)> finished);
   RunOutcome Outcome(RunDriver& driver, std::int64_t errorsSeen);
   // Mails the run's log as the preferences say; a failure is only written to the system log.
   void MailLog(RunOutcome& outcome);
