@@ -1,5 +1,7 @@
 #include "engine/copy_pipeline.h"
 
+#include <sys/resource.h>
+
 namespace marigold {
 
 namespace {
@@ -7,10 +9,21 @@ namespace {
 // Enough to keep a few threads and the disk's queue busy; few enough that a Stop is not followed
 // by a long tail of copies already under way.
 constexpr std::size_t kMaxInFlight = 128;
+// How much work is looked at before deciding on more threads, and how many are then added.
+constexpr unsigned kWindow = 64;
+constexpr unsigned kThreadsAdded = 2;
+
+// Sleeps of the calling thread so far: a piece of work that slept waited for the disk (being
+// preempted for another thread is not a sleep).
+long VoluntarySwitches() {
+  rusage usage{};
+  ::getrusage(RUSAGE_THREAD, &usage);
+  return usage.ru_nvcsw;
+}
 
 }  // namespace
 
-CopyPipeline::CopyPipeline(unsigned threads) {
+CopyPipeline::CopyPipeline(unsigned threads, unsigned maxThreads) : mMaxThreads(maxThreads) {
   for (unsigned index = 0; index < threads; ++index) mThreads.emplace_back([this] { Serve(); });
 }
 
@@ -25,6 +38,7 @@ CopyPipeline::~CopyPipeline() {
 }
 
 void CopyPipeline::Add(Work work, Record record) {
+  AddThreadsWhenWaiting();
   while (mOrder.size() >= kMaxInFlight) {
     Entry& head = *mOrder.front();
     {
@@ -44,6 +58,15 @@ void CopyPipeline::Add(Work work, Record record) {
   }
   mWorkWaiting.notify_one();
   RunRecords(false);
+}
+
+void CopyPipeline::AddThreadsWhenWaiting() {
+  if (mThreads.size() >= mMaxThreads || mFinished.load(std::memory_order_relaxed) < kWindow) return;
+  const unsigned waited = mWaited.exchange(0, std::memory_order_relaxed);
+  const unsigned finished = mFinished.exchange(0, std::memory_order_relaxed);
+  if (waited * 2 < finished) return;
+  for (unsigned added = 0; added < kThreadsAdded && mThreads.size() < mMaxThreads; ++added)
+    mThreads.emplace_back([this] { Serve(); });
 }
 
 void CopyPipeline::After(Record record) {
@@ -85,7 +108,10 @@ void CopyPipeline::Serve() {
       entry = mQueue.front();
       mQueue.pop_front();
     }
+    const long switches = VoluntarySwitches();
     entry->work();
+    if (VoluntarySwitches() != switches) mWaited.fetch_add(1, std::memory_order_relaxed);
+    mFinished.fetch_add(1, std::memory_order_relaxed);
     {
       std::lock_guard<std::mutex> lock(mMutex);
       entry->done = true;

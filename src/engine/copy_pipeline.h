@@ -6,6 +6,7 @@
 // order they were handed in, each once its own work and everything before it is done.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -22,7 +23,10 @@ class CopyPipeline {
   using Work = std::function<void()>;    // runs on a helper thread
   using Record = std::function<void()>;  // runs on the thread that owns the pipeline
 
-  explicit CopyPipeline(unsigned threads);
+  // Starts with `threads` helpers and adds more, up to `maxThreads`, while most work waits on the
+  // disk: a cold disk serves many small reads at once, while on a warm cache more threads than
+  // cores only contend.
+  CopyPipeline(unsigned threads, unsigned maxThreads);
   // Waits for the work already started; the records still waiting are dropped.
   ~CopyPipeline();
   CopyPipeline(const CopyPipeline&) = delete;
@@ -45,6 +49,7 @@ class CopyPipeline {
   };
 
   void Serve();
+  void AddThreadsWhenWaiting();
   // Runs the records at the head whose work is done; with `waitForAll`, waits for the rest too.
   void RunRecords(bool waitForAll);
 
@@ -54,7 +59,10 @@ class CopyPipeline {
   std::deque<std::unique_ptr<Entry>> mOrder;  // the owner's thread only
   std::deque<Entry*> mQueue;                  // work not yet taken, guarded by mMutex
   bool mClosing = false;                      // guarded by mMutex
-  std::vector<std::thread> mThreads;
+  std::vector<std::thread> mThreads;          // the owner's thread only
+  unsigned mMaxThreads;
+  std::atomic<unsigned> mFinished{0};  // work done since the last look
+  std::atomic<unsigned> mWaited{0};    // of which had to wait (slept on the disk)
 };
 
 }  // namespace marigold

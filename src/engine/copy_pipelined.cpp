@@ -16,8 +16,9 @@ namespace {
 
 // Larger files are copied one at a time on the worker thread, where their progress is shown.
 constexpr std::uint64_t kPipelinedFileSize = 1 << 20;
-// Enough reads in flight to keep a disk's queue busy; on a warm cache, one per core does the work.
+// On a warm cache a few threads do the work; a cold disk keeps many more reads in flight.
 constexpr unsigned kPipelineThreads = 4;
+constexpr unsigned kPipelineMaxThreads = 12;
 
 // A new file's copy, shared by the helper thread that makes it and the record that follows.
 struct PipelinedFile {
@@ -74,7 +75,7 @@ bool CopyExecutor::PipelineNewFolder(const std::string& folder, bool sideA) {
 
 void CopyExecutor::PipelineNewFile(const std::string& src, const std::string& dst, bool sideA,
                                    const ItemAttributes& source) {
-  if (!mPipeline) mPipeline = std::make_unique<CopyPipeline>(kPipelineThreads);
+  if (!mPipeline) mPipeline = std::make_unique<CopyPipeline>(kPipelineThreads, kPipelineMaxThreads);
   auto file = std::make_shared<PipelinedFile>(PipelinedFile{src, dst, source, std::nullopt});
   CopyOptions options;
   options.sourceAttributes = &file->source;
