@@ -65,8 +65,7 @@ bool CopyExecutor::QLCopyFile(const std::string& src, const std::string& dst, bo
   const std::string parent = ParentFolderOf(dst);
   if (!FolderKnownReady(parent)) {
     if (MayChangeItemsIn(parent)) {
-      mReadyFolder = parent;
-      mReadyDeletions = state.gItemsDeleted.size();
+      RememberReadyFolder(parent);
     } else if (!mContext.services.folders->UnlockChain(state, parent, SideRoot(sideA), 1)) {
       return ReportError({GLS("Can't copy the file"), " ", Quoted(src), "\r", mWords.to, " ", Quoted(dst), "\r",
                           GLS("Insufficient privileges")});
@@ -132,14 +131,19 @@ bool CopyExecutor::ReplaceChecked(const std::string& src, const std::string& dst
   return true;
 }
 
-FsResult<CopyReport> CopyExecutor::CopyData(const std::string& src, const std::string& dst, bool replace,
-                                            const ItemAttributes* source) {
+CopyOptions CopyExecutor::TaskCopyOptions(const ItemAttributes* source) {
   CopyOptions options;
-  options.replaceExisting = replace;
   options.sourceAttributes = source;
   options.backupDate = mContext.state.gStartSyncDateTimeUTC;
   options.hints = &mHints;
   options.keepRunning = &mContext.state.mIsCopying;
+  return options;
+}
+
+FsResult<CopyReport> CopyExecutor::CopyData(const std::string& src, const std::string& dst, bool replace,
+                                            const ItemAttributes* source) {
+  CopyOptions options = TaskCopyOptions(source);
+  options.replaceExisting = replace;
   options.progress = [this](std::uint64_t copied, std::uint64_t total) {
     auto now = std::chrono::steady_clock::now();
     if (now - mLastBytesUpdate >= kBytesUpdateInterval) {
@@ -160,6 +164,11 @@ std::string CopyExecutor::CopyFailureText(const FsError& error) const {
 bool CopyExecutor::FolderKnownReady(const std::string& folder) const {
   return !mReadyFolder.empty() && folder == mReadyFolder &&
          mContext.state.gItemsDeleted.size() == mReadyDeletions;
+}
+
+void CopyExecutor::RememberReadyFolder(const std::string& folder) {
+  mReadyFolder = folder;
+  mReadyDeletions = mContext.state.gItemsDeleted.size();
 }
 
 bool CopyExecutor::MayChangeItemsIn(const std::string& folder) {

@@ -10,8 +10,8 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -122,6 +122,9 @@ class CopyExecutor {
   // QLReplaceDestFile with the destination as just read (`current`) and the source as described.
   bool ReplaceChecked(const std::string& src, const std::string& dst, bool sideA, const ItemSnapshot& dstSnapshot,
                       const FsResult<ItemAttributes>& current, const ItemAttributes* source);
+  // What every copy of the task carries and obeys: the source as described, the backup date, what
+  // the task learnt of its volumes, and Stop.
+  CopyOptions TaskCopyOptions(const ItemAttributes* source);
   FsResult<CopyReport> CopyData(const std::string& src, const std::string& dst, bool replace,
                                 const ItemAttributes* source);
   std::string CopyFailureText(const FsError& error) const;
@@ -136,6 +139,7 @@ class CopyExecutor {
   // The last destination folder found present and open to changes stays known so until the walk
   // leaves it (its modes may then be restored) or something is deleted.
   bool FolderKnownReady(const std::string& folder) const;
+  void RememberReadyFolder(const std::string& folder);
   void ForgetReadyFolder() { mReadyFolder.clear(); }
   bool ReportChanged(const std::string& path);
   bool ItemStillAsScanned(const std::string& path, const ItemSnapshot& snapshot);

@@ -39,7 +39,6 @@ class CopyPipeline {
   void After(Record record);
   // Waits for all the work and runs every waiting record, in order.
   void Settle();
-  bool Idle() const { return mOrder.empty(); }
 
  private:
   struct Entry {

@@ -52,8 +52,7 @@ bool CopyExecutor::TryPipelined(const ScanNode& node, const std::string& a, cons
   if (!FolderKnownReady(parent)) {
     auto folder = mContext.fs.GetAttributes(parent);
     if (!folder || !folder.Value().IsFolder() || !MayChangeItemsIn(parent)) return false;
-    mReadyFolder = parent;
-    mReadyDeletions = mContext.state.gItemsDeleted.size();
+    RememberReadyFolder(parent);
   }
   PipelineNewFile(item, other, !fromA, attrs);
   return true;
@@ -77,11 +76,7 @@ void CopyExecutor::PipelineNewFile(const std::string& src, const std::string& ds
                                    const ItemAttributes& source) {
   if (!mPipeline) mPipeline = std::make_unique<CopyPipeline>(kPipelineThreads, kPipelineMaxThreads);
   auto file = std::make_shared<PipelinedFile>(PipelinedFile{src, dst, source, std::nullopt});
-  CopyOptions options;
-  options.sourceAttributes = &file->source;
-  options.backupDate = mContext.state.gStartSyncDateTimeUTC;
-  options.hints = &mHints;
-  options.keepRunning = &mContext.state.mIsCopying;
+  const CopyOptions options = TaskCopyOptions(&file->source);
   FileSystem& fs = mContext.fs;
   mPipeline->Add([file, options, &fs] { file->copied = fs.CopyItem(file->src, file->dst, options); },
                  [this, file, sideA] {
